@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that building, testing and running the demo need.
+# Idempotent: packages already present are skipped, and nothing is done when all are there.
+set -euo pipefail
+
+packages=(
+  # build and test tooling
+  cmake ninja-build g++ pkg-config clang-format
+  libgtest-dev libgmock-dev libbenchmark-dev
+  # libraries of the SDK
+  libcurl4-openssl-dev nlohmann-json3-dev libxml2-dev libglib2.0-dev
+  libjavascriptcoregtk-4.1-dev libssl-dev uuid-dev
+  # desktop backend
+  libgtk-3-dev libwebkit2gtk-4.1-dev
+  # loopback servers in tests and the demo
+  libcpp-httplib-dev
+  # headless display for web tests and the demo
+  xvfb xauth
+  # runtime for the sanitizer presets
+  libclang-rt-14-dev
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
+    missing+=("$p")
+  fi
+done
+
+if [ ${#missing[@]} -eq 0 ]; then
+  echo "setup: all packages present"
+  exit 0
+fi
+
+sudo=""
+if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
+echo "setup: installing ${missing[*]}"
+$sudo apt-get update
+DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y --no-install-recommends "${missing[@]}"

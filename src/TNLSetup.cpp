@@ -1,0 +1,36 @@
+#include "TarnelAd/TNLSetup.h"
+
+#include <mutex>
+
+#include "Platform/Foundation/TNLNoDestructor.h"
+#include "TarnelAd/TNLConstants.h"
+
+namespace {
+
+struct SetupState {
+  std::mutex mutex;
+  std::string manifestBaseURL = TNL_MANIFEST_BASE_URL;
+};
+
+SetupState& state() {
+  static TNLNoDestructor<SetupState> instance;
+  return *instance;
+}
+
+}  // namespace
+
+void TNLSetup::setManifestBaseURL(const std::string& baseURL) {
+  std::string base = baseURL;
+  while (!base.empty() && base.back() == '/') {
+    base.pop_back();
+  }
+  std::lock_guard lock(state().mutex);
+  state().manifestBaseURL = base;
+}
+
+std::string TNLSetup::manifestBaseURL() {
+  std::lock_guard lock(state().mutex);
+  return state().manifestBaseURL;
+}
+
+std::string TNL_MANIFESTURL() { return TNLSetup::manifestBaseURL() + TNL_MANIFESTPATH; }

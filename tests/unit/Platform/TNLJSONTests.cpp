@@ -1,0 +1,45 @@
+#include <gtest/gtest.h>
+
+#include "Platform/Foundation/TNLJSON.h"
+
+namespace {
+
+TEST(TNLJSON, ParsesOnlyObjectsAndArrays) {
+  TNLErrorPtr error;
+  EXPECT_TRUE(TNLJSON::parse(R"({"a":[1,2]})", &error).is_object());
+  EXPECT_EQ(error, nullptr);
+  EXPECT_TRUE(TNLJSON::parse("[]", &error).is_array());
+
+  for (const char* fragment : {"\"text\"", "12", "true", "null", "", "<VAST/>", "{broken"}) {
+    SCOPED_TRACE(fragment);
+    error = nullptr;
+    EXPECT_TRUE(TNLJSON::parse(fragment, &error).is_null());
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->domain(), TNLCocoaErrorDomain);
+    EXPECT_EQ(error->code(), TNLPropertyListReadCorruptError);
+  }
+}
+
+TEST(TNLJSON, KeepsDocumentOrderAndSerialisesCompactOrPretty) {
+  const TNLJson value = TNLJSON::parse(R"({"z":1,"a":{"b":true}})");
+  EXPECT_EQ(TNLJSON::serialize(value), R"({"z":1,"a":{"b":true}})");
+  EXPECT_EQ(TNLJSON::serialize(value, true), "{\n  \"z\": 1,\n  \"a\": {\n    \"b\": true\n  }\n}");
+}
+
+TEST(TNLJSON, TruthValueReadsLikeThePlatform) {
+  EXPECT_TRUE(TNLJSON::truthValue(TNLJson(true)));
+  EXPECT_FALSE(TNLJSON::truthValue(TNLJson(false)));
+  EXPECT_TRUE(TNLJSON::truthValue(TNLJson(2)));
+  EXPECT_TRUE(TNLJSON::truthValue(TNLJson(-0.5)));
+  EXPECT_FALSE(TNLJSON::truthValue(TNLJson(0)));
+  EXPECT_FALSE(TNLJSON::truthValue(TNLJson()));
+  EXPECT_FALSE(TNLJSON::truthValue(TNLJson::object()));
+  for (const char* yes : {"true", "YES", "y", "T", "  t", "1", "9x", "007", "+3"}) {
+    EXPECT_TRUE(TNLJSON::truthValue(TNLJson(yes))) << yes;
+  }
+  for (const char* no : {"false", "no", "0", "", "  ", "x1", "-0"}) {
+    EXPECT_FALSE(TNLJSON::truthValue(TNLJson(no))) << no;
+  }
+}
+
+}  // namespace
