@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+
+#include "TarnelAd/Toolkit/TNLLayoutItem.h"
+
+// A rectangle that a view defines for layout without being a view itself. The toolkit makes one
+// kind: the safe-area guide of a view (TNLView::safeAreaLayoutGuide()), whose layout frame is the
+// view's bounds inset by its safe-area insets.
+class TNLLayoutGuide : public TNLLayoutItem {
+ public:
+  explicit TNLLayoutGuide(std::weak_ptr<TNLView> owningView);
+
+  std::shared_ptr<TNLView> owningView() const { return owningView_.lock(); }
+
+  // In the owning view's coordinates; the zero rectangle once the owning view is gone.
+  TNLRect layoutFrame() const;
+
+  TNLRect layoutItemRect() const override { return layoutFrame(); }
+  std::shared_ptr<TNLView> layoutItemSpace() const override { return owningView(); }
+
+ private:
+  std::weak_ptr<TNLView> owningView_;
+};

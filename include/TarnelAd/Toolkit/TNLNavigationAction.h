@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "TarnelAd/Toolkit/TNLFrameInfo.h"
+
+// A navigation the page or the user started, for the navigation delegate to allow or cancel.
+class TNLNavigationAction {
+ public:
+  TNLNavigationAction(std::string requestURL, std::optional<TNLFrameInfo> targetFrame)
+      : requestURL_(std::move(requestURL)), targetFrame_(targetFrame) {}
+
+  // The request's URL as an absolute string.
+  const std::string& requestURL() const { return requestURL_; }
+  // None when the navigation opens a new window (a link with a target, window.open).
+  const std::optional<TNLFrameInfo>& targetFrame() const { return targetFrame_; }
+
+ private:
+  std::string requestURL_;
+  std::optional<TNLFrameInfo> targetFrame_;
+};

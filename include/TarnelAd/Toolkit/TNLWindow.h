@@ -1,0 +1,60 @@
+#pragma once
+
+#include <memory>
+
+#include "TarnelAd/Toolkit/TNLView.h"
+
+class TNLViewController;
+
+// A window: the root of a view tree, with its frame in screen coordinates. Windows start hidden;
+// makeKeyAndVisible shows one and makes it the application's key window. A window registers
+// itself with the application (TNLApplication::windows()) when made by create() or first shown.
+class TNLWindow : public TNLView {
+ public:
+  explicit TNLWindow(const TNLRect& frame);
+  // A window over the whole main screen.
+  static std::shared_ptr<TNLWindow> create();
+  static std::shared_ptr<TNLWindow> create(const TNLRect& frame);
+
+  std::string className() const override { return "TNLWindow"; }
+  std::shared_ptr<TNLWindow> window() const override { return nullptr; }
+
+  // The root view controller's view fills the window; on a visible window the controller gets
+  // viewWillAppear and viewDidAppear (and the one it replaces the disappearing calls).
+  std::shared_ptr<TNLViewController> rootViewController() const { return rootViewController_; }
+  void setRootViewController(const std::shared_ptr<TNLViewController>& controller);
+
+  void makeKeyAndVisible();
+  void makeKeyWindow();
+  bool isKeyWindow() const;
+
+  // Windows are listed by ascending level (normal 0), then in registration order.
+  double windowLevel() const { return windowLevel_; }
+  void setWindowLevel(double level) { windowLevel_ = level; }
+
+  // The insets the window's surroundings impose (status bar, rounded corners); the backend
+  // sets them. Zero by default.
+  TNLEdgeInsets windowSafeAreaInsets() const { return windowSafeAreaInsets_; }
+  void setWindowSafeAreaInsets(const TNLEdgeInsets& insets);
+
+  // The window changes size, as on rotation or when the user resizes it: the root controller
+  // and every controller it presents get viewWillTransitionToSize first, then the window and
+  // their views take the size and are laid out. Called by backends and tests.
+  void transitionToSize(const TNLSize& size);
+
+ protected:
+  std::shared_ptr<TNLViewPeer> makePeer(TNLToolkitBackend& backend) override;
+  void replayState(TNLViewPeer& peer) override;
+  void hiddenDidChange() override;
+
+ private:
+  friend class TNLApplication;
+
+  void registerWithApplication();
+  void keyWindowDidChange(bool isKey);
+
+  std::shared_ptr<TNLViewController> rootViewController_;
+  bool shown_ = false;
+  double windowLevel_ = 0.0;
+  TNLEdgeInsets windowSafeAreaInsets_;
+};

@@ -1,0 +1,202 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Platform/Foundation/TNLMainQueue.h"
+#include "TarnelAd/Toolkit/TNLView.h"
+#include "TarnelAd/Toolkit/TNLViewController.h"
+#include "TarnelAd/Toolkit/TNLWindow.h"
+#include "support/TNLLogCapture.h"
+
+namespace {
+
+// Writes every lifecycle call into a shared journal as "<name>.<call>".
+class JournalController : public TNLViewController {
+ public:
+  JournalController(std::string name, std::shared_ptr<std::vector<std::string>> journal)
+      : name_(std::move(name)), journal_(std::move(journal)) {}
+
+  void viewDidLoad() override { note("viewDidLoad"); }
+  void viewWillAppear(bool animated) override { note("viewWillAppear", animated); }
+  void viewDidAppear(bool animated) override { note("viewDidAppear", animated); }
+  void viewWillDisappear(bool animated) override { note("viewWillDisappear", animated); }
+  void viewDidDisappear(bool animated) override { note("viewDidDisappear", animated); }
+  void viewWillTransitionToSize(const TNLSize& size) override {
+    // The view still has its old size when told.
+    note("viewWillTransitionToSize " + std::to_string(static_cast<int>(size.width)) + "x" +
+         std::to_string(static_cast<int>(size.height)) + " from " +
+         std::to_string(static_cast<int>(view()->frame().width())));
+  }
+
+  void note(const std::string& call) { journal_->push_back(name_ + "." + call); }
+  void note(const std::string& call, bool animated) { note(call + (animated ? "(animated)" : "")); }
+
+ private:
+  std::string name_;
+  std::shared_ptr<std::vector<std::string>> journal_;
+};
+
+struct Stage {
+  std::shared_ptr<std::vector<std::string>> journal = std::make_shared<std::vector<std::string>>();
+  std::shared_ptr<TNLWindow> window = TNLWindow::create({0, 0, 320, 480});
+  std::shared_ptr<JournalController> root = make("root");
+
+  Stage() {
+    window->setRootViewController(root);
+    window->makeKeyAndVisible();
+    journal->clear();
+  }
+  std::shared_ptr<JournalController> make(const std::string& name) {
+    return std::make_shared<JournalController>(name, journal);
+  }
+  std::vector<std::string> take() {
+    auto taken = *journal;
+    journal->clear();
+    return taken;
+  }
+};
+
+TEST(TNLViewController, ViewIsMadeOnFirstAccessAndTheRootAppearsWithItsWindow) {
+  auto journal = std::make_shared<std::vector<std::string>>();
+  auto controller = std::make_shared<JournalController>("c", journal);
+  EXPECT_FALSE(controller->isViewLoaded());
+  const auto view = controller->view();
+  EXPECT_EQ(controller->view(), view);
+  EXPECT_EQ(view->frame(), TNLRect(0, 0, 375, 667));  // the main screen
+  EXPECT_EQ(*journal, (std::vector<std::string>{"c.viewDidLoad"}));
+
+  // A view set from outside is used as it is, without viewDidLoad.
+  auto other = std::make_shared<JournalController>("o", journal);
+  auto given = TNLView::create({1, 2, 3, 4});
+  other->setView(given);
+  EXPECT_EQ(other->view(), given);
+  EXPECT_EQ(journal->size(), 1u);
+
+  auto window = TNLWindow::create({0, 0, 320, 480});
+  window->setRootViewController(controller);
+  EXPECT_EQ(view->frame(), TNLRect(0, 0, 320, 480));
+  EXPECT_EQ(view->superview(), window);
+  EXPECT_EQ(journal->size(), 1u);  // the window is not visible yet
+  window->makeKeyAndVisible();
+  EXPECT_EQ(*journal,
+            (std::vector<std::string>{"c.viewDidLoad", "c.viewWillAppear", "c.viewDidAppear"}));
+}
+
+TEST(TNLViewController, PresentAndDismissCallTheLifecycleInOrderAndCompleteLater) {
+  Stage stage;
+  auto ad = stage.make("ad");
+  bool presented = false;
+  stage.root->present(ad, true, [&] {
+    presented = true;
+    stage.journal->push_back("completion");
+  });
+  // Links are made at once; the completion waits for the transition.
+  EXPECT_EQ(stage.root->presentedViewController(), ad);
+  EXPECT_EQ(ad->presentingViewController(), stage.root);
+  EXPECT_FALSE(presented);
+  EXPECT_EQ(stage.take(),
+            (std::vector<std::string>{"ad.viewDidLoad", "root.viewWillDisappear(animated)",
+                                      "ad.viewWillAppear(animated)"}));
+  // The cover fills the window, on top of the covered view, which stays in place.
+  EXPECT_EQ(ad->view()->frame(), stage.window->bounds());
+  EXPECT_EQ(stage.window->subviews().back(), ad->view());
+  EXPECT_EQ(stage.root->view()->window(), stage.window);
+
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return presented; }));
+  EXPECT_EQ(stage.take(),
+            (std::vector<std::string>{"ad.viewDidAppear(animated)",
+                                      "root.viewDidDisappear(animated)", "completion"}));
+
+  // A browser over the ad, then closed: the ad appears again.
+  auto browser = stage.make("browser");
+  bool browserShown = false;
+  ad->present(browser, true, [&] { browserShown = true; });
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return browserShown; }));
+  stage.take();
+  bool browserClosed = false;
+  browser->dismiss(true, [&] { browserClosed = true; });
+  EXPECT_EQ(stage.take(), (std::vector<std::string>{"browser.viewWillDisappear(animated)",
+                                                    "ad.viewWillAppear(animated)"}));
+  EXPECT_EQ(browser->view()->superview(), stage.window);  // until the transition ends
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return browserClosed; }));
+  EXPECT_EQ(stage.take(), (std::vector<std::string>{"ad.viewDidAppear(animated)",
+                                                    "browser.viewDidDisappear(animated)"}));
+  EXPECT_EQ(browser->view()->superview(), nullptr);
+  EXPECT_EQ(ad->presentedViewController(), nullptr);
+  EXPECT_EQ(browser->presentingViewController(), nullptr);
+
+  // The ad closes itself, not animated; the controller is released with its view.
+  std::weak_ptr<TNLViewController> weakAd = ad;
+  bool adClosed = false;
+  ad->dismiss(false, [&] { adClosed = true; });
+  ad.reset();
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return adClosed; }));
+  EXPECT_EQ(stage.take(), (std::vector<std::string>{"ad.viewWillDisappear", "root.viewWillAppear",
+                                                    "root.viewDidAppear", "ad.viewDidDisappear"}));
+  EXPECT_TRUE(weakAd.expired());
+  EXPECT_EQ(stage.window->subviews(), (std::vector<std::shared_ptr<TNLView>>{stage.root->view()}));
+}
+
+TEST(TNLViewController, DismissingFromBelowTakesTheWholeStackAndNothingToDismissDoesNothing) {
+  Stage stage;
+  auto ad = stage.make("ad");
+  auto browser = stage.make("browser");
+  stage.root->present(ad, false);
+  ad->present(browser, false);  // queued behind the first presentation
+  bool closed = false;
+  stage.root->dismiss(false, [&] { closed = true; });
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return closed; }));
+  const auto journal = stage.take();
+  // Only the top controller disappears; the one between was covered already.
+  const std::vector<std::string> tail(journal.end() - 4, journal.end());
+  EXPECT_EQ(tail, (std::vector<std::string>{"browser.viewWillDisappear", "root.viewWillAppear",
+                                            "root.viewDidAppear", "browser.viewDidDisappear"}));
+  EXPECT_EQ(stage.root->presentedViewController(), nullptr);
+  EXPECT_EQ(stage.window->subviews().size(), 1u);
+
+  bool called = false;
+  stage.root->dismiss(true, [&] { called = true; });
+  TNLMainQueue::runFor(std::chrono::milliseconds(30));
+  EXPECT_FALSE(called);
+  EXPECT_TRUE(stage.take().empty());
+}
+
+TEST(TNLViewController, RefusedPresentationsLogAndSkipTheCompletion) {
+  TNLLogCapture log;
+  Stage stage;
+  auto first = stage.make("first");
+  auto second = stage.make("second");
+  int completions = 0;
+  stage.root->present(first, true, [&] { ++completions; });
+  stage.root->present(second, true, [&] { ++completions; });  // already presenting
+  auto offscreen = stage.make("offscreen");
+  offscreen->present(stage.make("never"), true, [&] { ++completions; });
+  TNLMainQueue::runFor(std::chrono::milliseconds(50));
+
+  EXPECT_EQ(completions, 1);
+  EXPECT_EQ(second->presentingViewController(), nullptr);
+  EXPECT_FALSE(second->isViewLoaded());
+  EXPECT_EQ(log.count("which is already presenting"), 1u);
+  EXPECT_EQ(log.count("whose view is not in the window hierarchy!"), 1u);
+}
+
+TEST(TNLViewController, WindowSizeTransitionsReachEveryControllerBeforeTheResize) {
+  Stage stage;
+  auto ad = stage.make("ad");
+  bool shown = false;
+  stage.root->present(ad, false, [&] { shown = true; });
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return shown; }));
+  stage.take();
+
+  stage.window->transitionToSize({480, 320});
+  EXPECT_EQ(stage.take(),
+            (std::vector<std::string>{"root.viewWillTransitionToSize 480x320 from 320",
+                                      "ad.viewWillTransitionToSize 480x320 from 320"}));
+  EXPECT_EQ(stage.window->frame(), TNLRect(0, 0, 480, 320));
+  EXPECT_EQ(stage.root->view()->frame(), TNLRect(0, 0, 480, 320));
+  EXPECT_EQ(ad->view()->frame(), TNLRect(0, 0, 480, 320));
+}
+
+}  // namespace
