@@ -2,8 +2,10 @@
 
 #include <mutex>
 
+#include "Platform/Device/TNLCurrentDeviceFacts.h"
 #include "Platform/Foundation/TNLNoDestructor.h"
 #include "TarnelAd/TNLConstants.h"
+#include "TarnelAd/Toolkit/TNLToolkit.h"
 
 namespace {
 
@@ -33,4 +35,16 @@ std::string TNLSetup::manifestBaseURL() {
   return state().manifestBaseURL;
 }
 
-std::string TNL_MANIFESTURL() { return TNLSetup::manifestBaseURL() + TNL_MANIFESTPATH; }
+void TNLSetup::setDeviceFacts(std::shared_ptr<TNLDeviceFacts> facts) {
+  TNLSetCurrentDeviceFacts(std::move(facts));
+}
+
+std::shared_ptr<TNLDeviceFacts> TNLSetup::deviceFacts() {
+  return TNLCurrentDeviceFacts();
+}
+
+std::string TNL_MANIFESTURL() {
+  return TNLSetup::manifestBaseURL() + TNL_MANIFESTPATH;
+}
+
+void TNLSetup::useHeadlessBackend() { TNLToolkit::useHeadlessBackend(); }

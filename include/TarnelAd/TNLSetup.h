@@ -1,6 +1,9 @@
 #pragma once
 
+#include <memory>
 #include <string>
+
+#include "TarnelAd/TNLDeviceFacts.h"
 
 // Process-wide set-up that a host may do before its first ad request.
 class TNLSetup {
@@ -10,4 +13,20 @@ class TNLSetup {
   // <base>/v4/manifest/<application id>. Without this call the build's default is used.
   static void setManifestBaseURL(const std::string& baseURL);
   static std::string manifestBaseURL();
+
+  // Replaces the source of device, application and identity facts; null restores the Linux
+  // default. The library takes its snapshot of the device when it first needs one (normally on
+  // the first ad request or delegate registration), so call this before. A typical host:
+  //   TNLHostApplicationInfo info;
+  //   info.bundleIdentifier = "com.example.game";
+  //   info.displayName = "Game";
+  //   info.shortVersion = "2.1";
+  //   TNLSetup::setDeviceFacts(TNLDeviceFacts::linuxFacts(info));
+  static void setDeviceFacts(std::shared_ptr<TNLDeviceFacts> facts);
+  static std::shared_ptr<TNLDeviceFacts> deviceFacts();
+
+  // Renders views in memory without a display (the default): web views run no engine. Hosts
+  // that want real windows install the GTK backend instead (TarnelAd/Gtk). Call at start-up,
+  // before any view is made.
+  static void useHeadlessBackend();
 };

@@ -1,0 +1,169 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "Ads/Macros/TNLDeviceInfo.h"
+#include "Ads/Macros/TNLMacros.h"
+#include "Manifest/TNLManifestHandler.h"
+#include "Platform/Foundation/TNLMainQueue.h"
+#include "TNLLog.h"
+#include "TarnelAd/TNLConstants.h"
+#include "TarnelAd/TNLSetup.h"
+#include "Trackers/TNLTrackerHandler.h"
+#include "support/TNLLogCapture.h"
+#include "support/TNLTestDeviceFacts.h"
+#include "support/TNLTestServer.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr char kManifestPath[] = "/v4/manifest/APP1";
+
+class Trackers : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    TNLSetup::setManifestBaseURL(server.baseURL());
+    TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+    TNLMacros::setValueInMacroDictionary("APP1", TNL_APPID_MACRO);
+  }
+
+  // Answers manifest requests with a manifest whose monitoring section is `monitoring`.
+  void serveManifest(int ttl, const std::string& monitoring) {
+    std::string json = R"({"ttl": )" + std::to_string(ttl);
+    if (!monitoring.empty()) {
+      json += R"(, "monitoring": )" + monitoring;
+    }
+    server.on("POST", kManifestPath, TNLTestServer::Response::json(json + "}"));
+  }
+  std::string monitoringTo(const std::string& path, const std::string& method,
+                           const std::string& content = "?e=%EVENT_NAME%") {
+    return R"({"loglevel": "debug", "method": ")" + method + R"(", "baseuri": ")" +
+           server.url(path) + R"(", "uri_content": ")" + content + R"("})";
+  }
+
+  // Retrieves the manifest and waits for the answer.
+  void retrieve() {
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool done = false;
+    const auto finish = [&] {
+      std::lock_guard lock(mutex);
+      done = true;
+      changed.notify_all();
+    };
+    TNLManifestHandler::retrieveManifestWithSuccess([&](const auto&) { finish(); },
+                                                    [&](const auto&) { finish(); });
+    std::unique_lock lock(mutex);
+    ASSERT_TRUE(changed.wait_for(lock, 10s, [&] { return done; }));
+  }
+
+  std::vector<std::string> queriesTo(const std::string& path) const {
+    std::vector<std::string> queries;
+    for (const auto& request : server.requestsTo(path)) {
+      queries.push_back(request.query);
+    }
+    std::sort(queries.begin(), queries.end());
+    return queries;
+  }
+
+  // Waits for `count` requests to `path`, then a little longer so that extra ones would show.
+  bool waitFor(const std::string& path, size_t count) const {
+    const auto deadline = std::chrono::steady_clock::now() + 10s;
+    while (server.requestsTo(path).size() < count && std::chrono::steady_clock::now() < deadline) {
+      std::this_thread::sleep_for(10ms);
+    }
+    std::this_thread::sleep_for(150ms);
+    return server.requestsTo(path).size() == count;
+  }
+
+  TNLTestServer server;
+};
+
+TEST_F(Trackers, EachEventReachesTheMonitoringUrlWithTheManifestsMethod) {
+  serveManifest(3600, monitoringTo("/track", "POST", "?e=%EVENT_NAME%&s=%SESSION_ID%&a=%APP_ID%"));
+  retrieve();
+  const std::vector<std::string> events = {TNL_ADREQUESTED_TRACKER,   TNL_ADRETURNED_TRACKER,
+                                           TNL_ADUNAVAILABLE_TRACKER, TNL_ADREADY_TRACKER,
+                                           TNL_ADSHOWING_TRACKER,     TNL_ADCLOSED_TRACKER,
+                                           TNL_ADREWARDED_TRACKER};
+  for (const auto& event : events) {
+    TNLTrackerHandler::sendTrackerForEvent(event);
+  }
+  ASSERT_TRUE(waitFor("/track", events.size() + 1));
+
+  const std::string session = TNLDeviceInfo::sharedInstance()->sessionId();
+  std::vector<std::string> expected;
+  for (const auto& event : events) {
+    expected.push_back("e=" + event + "&s=" + session + "&a=APP1");
+  }
+  expected.push_back(std::string("e=") + TNL_MANIFESTLOADED_TRACKER + "&s=" + session + "&a=APP1");
+  std::sort(expected.begin(), expected.end());
+  EXPECT_EQ(queriesTo("/track"), expected);
+  for (const auto& request : server.requestsTo("/track")) {
+    EXPECT_EQ(request.method, "POST");
+    EXPECT_EQ(request.body, "");
+  }
+}
+
+TEST_F(Trackers, AnEventBeforeAnyManifestStartsAFetchAndIsDropped) {
+  serveManifest(3600, monitoringTo("/track", "GET"));
+  TNLTrackerHandler::sendTrackerForEvent(TNL_ADREQUESTED_TRACKER);
+  ASSERT_TRUE(server.waitForRequests(1));
+  EXPECT_EQ(server.requestsTo(kManifestPath).size(), 1u);
+  ASSERT_TRUE(TNLMainQueue::runUntil(
+      [] { return TNLTrackerHandler::sharedHandler()->monitoring() != nullptr; }));
+  // Neither the early event nor the fetch's own announcement (made before the trackers were set up)
+  // went out.
+  EXPECT_TRUE(waitFor("/track", 0));
+
+  TNLTrackerHandler::sendTrackerForEvent(TNL_ADREADY_TRACKER);
+  ASSERT_TRUE(waitFor("/track", 1));
+  EXPECT_EQ(queriesTo("/track"), std::vector<std::string>{"e=OnAdReady"});
+  EXPECT_EQ(server.requestsTo("/track")[0].method, "GET");
+}
+
+TEST_F(Trackers, ALaterManifestDoesNotMoveTheTrackers) {
+  serveManifest(0, monitoringTo("/trackA", "GET"));
+  retrieve();
+  ASSERT_TRUE(TNLMainQueue::runUntil(
+      [] { return TNLTrackerHandler::sharedHandler()->monitoring() != nullptr; }));
+  // Both fetches so far announced themselves before the trackers were set up.
+  EXPECT_TRUE(waitFor("/trackA", 0));
+
+  serveManifest(0, monitoringTo("/trackB", "GET"));
+  retrieve();
+  ASSERT_EQ(TNLManifestHandler::sharedHandler()->manifest()->monitoring()->url(),
+            server.url("/trackB") + "?e=%EVENT_NAME%");
+  TNLTrackerHandler::sendTrackerForEvent(TNL_ADCLOSED_TRACKER);
+  ASSERT_TRUE(waitFor("/trackA", 2));
+  EXPECT_EQ(queriesTo("/trackA"), (std::vector<std::string>{"e=OnAdClosed", "e=OnManifestLoaded"}));
+  EXPECT_TRUE(server.requestsTo("/trackB").empty());
+}
+
+TEST_F(Trackers, AManifestWithoutMonitoringLogsEveryEventAndSendsNothing) {
+  TNLLogCapture capture;
+  TNLLog::sharedLogger()->setShowLogs(true);
+  serveManifest(3600, "");
+  retrieve();
+  TNLTrackerHandler::sendTrackerForEvent(TNL_ADSHOWING_TRACKER);
+  TNLTrackerHandler::sendTrackerForEvent(TNL_ADCLOSED_TRACKER);
+  EXPECT_EQ(capture.count("Could not send tracker for event: OnManifestLoaded"), 1u);
+  EXPECT_EQ(capture.count("Could not send tracker for event: OnAdShowing"), 1u);
+  EXPECT_EQ(capture.count("Could not send tracker for event: OnAdClosed"), 1u);
+  std::this_thread::sleep_for(150ms);
+  EXPECT_EQ(server.requestCount(), 1u) << "only the manifest request";
+}
+
+TEST_F(Trackers, ATemplateWithoutTheEventNameSendsTheSameUrlForEveryEvent) {
+  serveManifest(3600, monitoringTo("/ping", "GET", "?fixed=1"));
+  retrieve();
+  TNLTrackerHandler::sendTrackerForEvent(TNL_ADSHOWING_TRACKER);
+  ASSERT_TRUE(waitFor("/ping", 2));
+  EXPECT_EQ(queriesTo("/ping"), (std::vector<std::string>{"fixed=1", "fixed=1"}));
+}
+
+}  // namespace

@@ -1,0 +1,174 @@
+#pragma once
+
+#include <functional>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "TarnelAd/TNLDeviceFacts.h"
+#include "TarnelAd/TNLLocationSource.h"
+
+// A location source whose answers the test gives: it records each request and keeps its callbacks
+// until the test answers.
+class TNLTestLocationSource : public TNLLocationSource {
+ public:
+  struct State {
+    bool enabled = true;
+    Authorization authorization = Authorization::AuthorizedWhenInUse;
+    std::optional<Location> lastKnown;
+  };
+
+  void update(const std::function<void(State&)>& change) {
+    std::lock_guard lock(mutex_);
+    change(state_);
+  }
+  int requestCount() const {
+    std::lock_guard lock(mutex_);
+    return requests_;
+  }
+  // Answers the oldest pending request.
+  void succeed(const std::vector<Location>& locations) { take().first(locations); }
+  void fail(const std::string& description) { take().second(description); }
+
+  bool locationServicesEnabled() const override {
+    std::lock_guard lock(mutex_);
+    return state_.enabled;
+  }
+  Authorization authorizationStatus() const override {
+    std::lock_guard lock(mutex_);
+    return state_.authorization;
+  }
+  std::optional<Location> lastKnownLocation() const override {
+    std::lock_guard lock(mutex_);
+    return state_.lastKnown;
+  }
+  void requestLocation(Success success, Failure failure) override {
+    std::lock_guard lock(mutex_);
+    ++requests_;
+    pending_.emplace_back(std::move(success), std::move(failure));
+  }
+
+ private:
+  std::pair<Success, Failure> take() {
+    std::lock_guard lock(mutex_);
+    if (pending_.empty()) {
+      throw std::logic_error("no pending location request");
+    }
+    auto callbacks = std::move(pending_.front());
+    pending_.erase(pending_.begin());
+    return callbacks;
+  }
+
+  mutable std::mutex mutex_;
+  State state_;
+  int requests_ = 0;
+  std::vector<std::pair<Success, Failure>> pending_;
+};
+
+// Device facts that the test sets. Defaults describe a phone-like device on Wi-Fi.
+class TNLTestDeviceFacts : public TNLDeviceFacts {
+ public:
+  struct Values {
+    std::string bundleIdentifier = "com.example.game";
+    std::optional<std::string> displayName = "Game";
+    std::optional<std::string> bundleName = "GameBundle";
+    std::string shortVersion = "2.1";
+    std::string deviceName = "Test Device";
+    std::string systemName = "TestOS";
+    std::string systemVersion = "12.4";
+    std::optional<std::string> machine = "x86_64";
+    std::string kernelRelease = "6.1.0";
+    std::string httpStackVersion = "8.5.0";
+    std::vector<std::string> languages = {"de-CH", "en-US"};
+    std::string advertisingIdentifier = "6D92078A-8246-4BA4-AE5B-76104861E7DC";
+    bool trackingEnabled = true;
+    std::optional<std::string> carrier;
+    std::optional<std::vector<InterfaceAddress>> addresses = std::vector<InterfaceAddress>{
+        {"lo", 2, "127.0.0.1"}, {"wlan0", 10, ""}, {"wlan0", 2, "192.168.1.20"}};
+    std::optional<std::string> primaryInterface = "wlan0";
+    std::optional<uint32_t> flags = kFlagReachable;
+    std::optional<ScreenMetrics> screen = ScreenMetrics{375, 667, 2.0};
+    Orientation orientation = Orientation::Portrait;
+    // The name of a fact whose reading raises, to test what a failing read does.
+    std::string failingFact;
+  };
+
+  TNLTestDeviceFacts() : location_(std::make_shared<TNLTestLocationSource>()) {}
+
+  void update(const std::function<void(Values&)>& change) {
+    std::lock_guard lock(mutex_);
+    change(values_);
+  }
+  const std::shared_ptr<TNLTestLocationSource>& testLocationSource() const { return location_; }
+
+  std::string bundleIdentifier() const override {
+    return get("bundleIdentifier", &Values::bundleIdentifier);
+  }
+  std::optional<std::string> bundleDisplayName() const override {
+    return get("bundleDisplayName", &Values::displayName);
+  }
+  std::optional<std::string> bundleName() const override {
+    return get("bundleName", &Values::bundleName);
+  }
+  std::string bundleShortVersion() const override {
+    return get("bundleShortVersion", &Values::shortVersion);
+  }
+  std::string deviceName() const override { return get("deviceName", &Values::deviceName); }
+  std::string systemName() const override { return get("systemName", &Values::systemName); }
+  std::string systemVersion() const override {
+    return get("systemVersion", &Values::systemVersion);
+  }
+  std::optional<std::string> hardwareMachine() const override {
+    return get("hardwareMachine", &Values::machine);
+  }
+  std::string kernelRelease() const override {
+    return get("kernelRelease", &Values::kernelRelease);
+  }
+  std::string httpStackVersion() const override {
+    return get("httpStackVersion", &Values::httpStackVersion);
+  }
+  std::vector<std::string> preferredLanguages() const override {
+    return get("preferredLanguages", &Values::languages);
+  }
+  std::string advertisingIdentifier() const override {
+    return get("advertisingIdentifier", &Values::advertisingIdentifier);
+  }
+  bool isAdvertisingTrackingEnabled() const override {
+    return get("isAdvertisingTrackingEnabled", &Values::trackingEnabled);
+  }
+  std::optional<std::string> carrierName() const override {
+    return get("carrierName", &Values::carrier);
+  }
+  std::optional<std::vector<InterfaceAddress>> interfaceAddresses() const override {
+    return get("interfaceAddresses", &Values::addresses);
+  }
+  std::optional<std::string> primaryInterfaceName() const override {
+    return get("primaryInterfaceName", &Values::primaryInterface);
+  }
+  std::optional<uint32_t> reachabilityFlags() const override {
+    return get("reachabilityFlags", &Values::flags);
+  }
+  std::optional<ScreenMetrics> mainScreen() const override {
+    return get("mainScreen", &Values::screen);
+  }
+  Orientation deviceOrientation() const override {
+    return get("deviceOrientation", &Values::orientation);
+  }
+  std::shared_ptr<TNLLocationSource> locationSource() const override { return location_; }
+
+ private:
+  template <class T>
+  T get(const char* fact, T Values::*member) const {
+    std::lock_guard lock(mutex_);
+    if (values_.failingFact == fact) {
+      throw std::runtime_error(std::string("cannot read ") + fact);
+    }
+    return values_.*member;
+  }
+
+  mutable std::mutex mutex_;
+  Values values_;
+  const std::shared_ptr<TNLTestLocationSource> location_;
+};

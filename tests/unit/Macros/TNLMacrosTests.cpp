@@ -1,0 +1,161 @@
+#include <gtest/gtest.h>
+
+#include "Ads/Macros/TNLDeviceInfo.h"
+#include "Ads/Macros/TNLMacros.h"
+#include "Ads/Macros/TNLUrlParser.h"
+#include "Manifest/TNLManifestHandler.h"
+#include "Platform/Foundation/TNLMainQueue.h"
+#include "TNLLog.h"
+#include "TarnelAd/TNLConstants.h"
+#include "TarnelAd/TNLSetup.h"
+#include "support/TNLLogCapture.h"
+#include "support/TNLTestDeviceFacts.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr char kZero[] = "00000000-0000-0000-0000-000000000000";
+
+std::shared_ptr<TNLTestDeviceFacts> installFacts() {
+  auto facts = std::make_shared<TNLTestDeviceFacts>();
+  TNLSetup::setDeviceFacts(facts);
+  return facts;
+}
+
+void holdManifestWithPrivacy(bool coppa, bool gdpr) {
+  auto manifest = std::make_shared<TNLManifest>();
+  manifest->setPrivacy(std::make_shared<TNLPrivacy>(coppa, gdpr));
+  TNLManifestHandler::sharedHandler()->setManifest(manifest);
+}
+
+TEST(TNLMacros, UnrestrictedTableHoldsEveryTokenOfTheDevice) {
+  const auto facts = installFacts();
+  const TNLMacroDict dict = TNLMacros::sharedMacroDict();
+
+  // 53 tokens, of which "%APP_ID%" and "%AD_SIZE%" are only written later.
+  EXPECT_EQ(dict.size(), 51u);
+  EXPECT_EQ(dict.count(TNL_APPID_MACRO), 0u);
+  EXPECT_EQ(dict.count(TNL_ADSIZE_MACRO), 0u);
+
+  const auto device = TNLDeviceInfo::sharedInstance();
+  EXPECT_FALSE(device->restricted());
+  const std::map<std::string, std::string> expected = {
+      {TNL_SESSIONID_MACRO, device->sessionId()},
+      {TNL_PACKAGEID_MACRO, "com.example.game"},
+      {TNL_APPNAME_MACRO, "Game"},
+      {TNL_APPVERSION_MACRO, "2.1"},
+      {TNL_APPDOMAIN_MACRO, ""},
+      {TNL_PROPERTY_MACRO, ""},
+      {TNL_DEVICEID_MACRO, "6D92078A-8246-4BA4-AE5B-76104861E7DC"},
+      {TNL_IOSDEVICEID_MACRO, "6D92078A-8246-4BA4-AE5B-76104861E7DC"},
+      {TNL_ANDROIDDEVICEID_MACRO, ""},
+      {TNL_ADVERTISERID_MACRO, "6D92078A-8246-4BA4-AE5B-76104861E7DC"},
+      {TNL_DONOTTRACK_MACRO, "false"},
+      {TNL_COPPA_MACRO, "false"},
+      {TNL_DEVICENAME_MACRO, "Test Device"},
+      {TNL_EXTERNALIP_MACRO, ""},
+      {TNL_CONNECTIONTYPE_MACRO, "Wifi"},
+      {TNL_CARRIER_MACRO, "no-carrier"},
+      {TNL_OS_MACRO, "iOS"},
+      {TNL_OSVERSION_MACRO, "12.4"},
+      {TNL_MANUFACTURER_MACRO, "Apple"},
+      {TNL_MODEL_MACRO, "x86_64"},
+      {TNL_SDKVERSION_MACRO, "4.0.0"},
+      {TNL_SDKBUILDVERSION_MACRO, "001"},
+      {TNL_LANGUAGE_MACRO, "de-CH"},
+      {TNL_LATITUDE_MACRO, "0"},
+      {TNL_LONGITUDE_MACRO, "0"},
+      {TNL_IP_MACRO, "192.168.1.20"},
+      {TNL_INTERNALIP_MACRO, "192.168.1.20"},
+      {TNL_SCREENWIDTH_MACRO, "375"},
+      {TNL_SCREENHEIGHT_MACRO, "667"},
+      {TNL_DEVICERESOLUTION_MACRO, "667X375"},
+      {TNL_USERAGENT_MACRO, "Game/2.1 x86_64 TestOS/12.4 CFNetwork/8.5.0 Darwin/6.1.0"},
+  };
+  for (const auto& [token, value] : expected) {
+    ASSERT_EQ(dict.count(token), 1u) << token;
+    EXPECT_EQ(dict.at(token), value) << token;
+  }
+  for (const char* blank : {TNL_CONTINENT_MACRO,      TNL_CONTINENTISOCODE_MACRO,
+                            TNL_TIMEZONE_MACRO,       TNL_TRACKERTYPE_MACRO,
+                            TNL_EVENTNAME_MACRO,      TNL_CONTENTTYPE_MACRO,
+                            TNL_WORKFLOW_MACRO,       TNL_ZONE_MACRO,
+                            TNL_PRODUCT_MACRO,        TNL_CREATIVEID_MACRO,
+                            TNL_ORDERID_MACRO,        TNL_LINEITEMID_MACRO,
+                            TNL_ADSVRADID_BLANKMACRO, TNL_VIDEODURATION_BLANKMACRO,
+                            TNL_HOST_BLANKMACRO,      TNL_PLATFORM_BLANKMACRO,
+                            TNL_VALUE_BLANKMACRO,     TNL_RAND_MACRO,
+                            TNL_TIMESTAMP_MACRO,      TNL_DEVICEORIENTATION_MACRO}) {
+    ASSERT_EQ(dict.count(blank), 1u) << blank;
+    EXPECT_EQ(dict.at(blank), "") << blank;
+  }
+
+  // Not restricted: one location request, made on the main queue.
+  EXPECT_EQ(facts->testLocationSource()->requestCount(), 0);
+  EXPECT_TRUE(
+      TNLMainQueue::runUntil([&] { return facts->testLocationSource()->requestCount() == 1; }, 2s));
+}
+
+TEST(TNLMacros, CoppaHeldAtConstructionRestrictsForTheLifeOfTheProcess) {
+  const auto facts = installFacts();
+  holdManifestWithPrivacy(true, false);
+  const TNLMacroDict dict = TNLMacros::sharedMacroDict();
+  EXPECT_EQ(dict.at(TNL_DEVICEID_MACRO), kZero);
+  EXPECT_EQ(dict.at(TNL_IOSDEVICEID_MACRO), kZero);
+  EXPECT_EQ(dict.at(TNL_ADVERTISERID_MACRO), kZero);
+  EXPECT_EQ(dict.at(TNL_DEVICENAME_MACRO), "");
+  EXPECT_EQ(dict.at(TNL_COPPA_MACRO), "true");
+  EXPECT_TRUE(TNLDeviceInfo::sharedInstance()->restricted());
+
+  // A later manifest without COPPA changes nothing.
+  holdManifestWithPrivacy(false, false);
+  EXPECT_EQ(TNLMacros::sharedMacroDict().at(TNL_DEVICEID_MACRO), kZero);
+  TNLMainQueue::runFor(100ms);
+  EXPECT_EQ(facts->testLocationSource()->requestCount(), 0) << "no location for a restricted user";
+}
+
+TEST(TNLMacros, GdprAloneRestrictsTheIdentityButIsNotCoppa) {
+  const auto facts = installFacts();
+  holdManifestWithPrivacy(false, true);
+  const TNLMacroDict dict = TNLMacros::sharedMacroDict();
+  EXPECT_EQ(dict.at(TNL_DEVICEID_MACRO), kZero);
+  EXPECT_EQ(dict.at(TNL_ADVERTISERID_MACRO), kZero);
+  EXPECT_EQ(dict.at(TNL_DEVICENAME_MACRO), "");
+  EXPECT_EQ(dict.at(TNL_COPPA_MACRO), "false");
+  EXPECT_TRUE(TNLDeviceInfo::sharedInstance()->restricted());
+  TNLMainQueue::runFor(100ms);
+  EXPECT_EQ(facts->testLocationSource()->requestCount(), 0);
+}
+
+TEST(TNLMacros, SnapshotsDoNotSeeLaterWritesAndNullRemovesAToken) {
+  installFacts();
+  const TNLMacroDict before = TNLMacros::sharedMacroDict();
+  TNLMacros::setValueInMacroDictionary("APP-1", TNL_APPID_MACRO);
+  EXPECT_EQ(before.count(TNL_APPID_MACRO), 0u);
+  EXPECT_EQ(TNLMacros::sharedMacroDict().at(TNL_APPID_MACRO), "APP-1");
+
+  TNLMacros::setValueInMacroDictionary(std::nullopt, TNL_PROPERTY_MACRO);
+  EXPECT_EQ(TNLMacros::sharedMacroDict().count(TNL_PROPERTY_MACRO), 0u);
+  // With the token gone, a substitution leaves it in the text.
+  EXPECT_EQ(TNLUrlParser().fillMacrosForUrl("http://h/p?a=%APP_ID%&p=%PROPERTY%", std::nullopt),
+            "http://h/p?a=APP-1&p=%25PROPERTY%25");
+}
+
+TEST(TNLMacros, AFailedConstructionLeavesTheTableUnsetForGood) {
+  TNLLogCapture capture;
+  TNLLog::sharedLogger()->setShowLogs(true);
+  const auto facts = installFacts();
+  facts->update([](auto& v) { v.failingFact = "bundleIdentifier"; });
+
+  EXPECT_TRUE(TNLMacros::sharedMacroDict().empty());
+  EXPECT_EQ(TNLMacros::sharedMacros()->macroDict(), nullptr);
+  EXPECT_TRUE(capture.contains(
+      "Failed to initialize Macros due to exception: cannot read bundleIdentifier"));
+
+  facts->update([](auto& v) { v.failingFact.clear(); });
+  TNLMacros::setValueInMacroDictionary("APP-1", TNL_APPID_MACRO);
+  EXPECT_TRUE(TNLMacros::sharedMacroDict().empty()) << "later writes are lost";
+}
+
+}  // namespace
