@@ -19,9 +19,10 @@ class TNLLog {
   // Prints the message as it stands ('%' is not interpreted).
   void log(const std::string& message);
   void log(std::string_view format, const TNLFormatArg& object);
-  void log(std::string_view format, const TNLFormatArg& firstObject, const TNLFormatArg& secondObject);
-  void log(std::string_view format, const TNLFormatArg& firstObject, const TNLFormatArg& secondObject,
-           const TNLFormatArg& thirdObject);
+  void log(std::string_view format, const TNLFormatArg& firstObject,
+           const TNLFormatArg& secondObject);
+  void log(std::string_view format, const TNLFormatArg& firstObject,
+           const TNLFormatArg& secondObject, const TNLFormatArg& thirdObject);
 
   void showTNLLogs(bool show) { setShowLogs(show); }
   bool showLogs() const { return showLogs_.load(std::memory_order_relaxed); }

@@ -32,8 +32,8 @@ void TNLNetworkClient::makeJSONRequestWithURL(const std::string& url, const std:
   try {
     const TNLURLRequest request = createRequestFromUrl(url, body, method);
     TNLHttpSession::sharedSession()->dataTask(
-        request, [success = std::move(success), failure = std::move(failure)](
-                     const TNLHttpSession::Response& response) {
+        request, [success = std::move(success),
+                  failure = std::move(failure)](const TNLHttpSession::Response& response) {
           if (response.error) {
             failure(response.error);
             return;
@@ -58,8 +58,8 @@ void TNLNetworkClient::makeHTMLRequestWithURL(const std::string& url, const std:
   try {
     const TNLURLRequest request = createRequestFromUrl(url, std::nullopt, method);
     TNLHttpSession::sharedSession()->dataTask(
-        request, [success = std::move(success), failure = std::move(failure)](
-                     const TNLHttpSession::Response& response) {
+        request, [success = std::move(success),
+                  failure = std::move(failure)](const TNLHttpSession::Response& response) {
           std::optional<std::string> text;
           if (!response.body.empty() && TNLStrings::isValidUTF8(response.body)) {
             text = response.body;
@@ -80,8 +80,8 @@ void TNLNetworkClient::makeURLRequestWithURL(const std::string& url, const std::
   try {
     const TNLURLRequest request = createRequestFromUrl(url, std::nullopt, method);
     TNLHttpSession::sharedSession()->dataTask(
-        request, [success = std::move(success), failure = std::move(failure)](
-                     const TNLHttpSession::Response& response) {
+        request, [success = std::move(success),
+                  failure = std::move(failure)](const TNLHttpSession::Response& response) {
           if (response.error) {
             failure(response.error);
           } else {

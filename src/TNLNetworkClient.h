@@ -30,6 +30,7 @@ class TNLNetworkClient {
   static void makeURLRequestWithURL(const std::string& url, const std::string& method,
                                     DataSuccess success, Failure failure);
 
-  static TNLURLRequest createRequestFromUrl(const std::string& url, const std::optional<std::string>& body,
+  static TNLURLRequest createRequestFromUrl(const std::string& url,
+                                            const std::optional<std::string>& body,
                                             const std::string& method);
 };

@@ -47,4 +47,6 @@ std::string TNL_MANIFESTURL() {
   return TNLSetup::manifestBaseURL() + TNL_MANIFESTPATH;
 }
 
-void TNLSetup::useHeadlessBackend() { TNLToolkit::useHeadlessBackend(); }
+void TNLSetup::useHeadlessBackend() {
+  TNLToolkit::useHeadlessBackend();
+}

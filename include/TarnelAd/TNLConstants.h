@@ -168,4 +168,5 @@ inline constexpr char kTNLXMLXPathDefaultNamespacePrefix[] = "_def_ns";
 inline constexpr char TNL_XMLErrorDomain[] = "TNL_XMLErrorDomain";
 
 // ---- Reachability ----
-inline constexpr char kReachabilityChangedNotification[] = "kNetworkReachabilityChangedNotification";
+inline constexpr char kReachabilityChangedNotification[] =
+    "kNetworkReachabilityChangedNotification";

@@ -2,6 +2,10 @@
 
 #include "Platform/Foundation/TNLStrings.h"
 
-bool isNotEmpty(std::string_view text) { return !TNLStrings::trimWhitespaceAndNewlines(text).empty(); }
+bool isNotEmpty(std::string_view text) {
+  return !TNLStrings::trimWhitespaceAndNewlines(text).empty();
+}
 
-bool isNotEmpty(const std::optional<std::string>& text) { return text && isNotEmpty(std::string_view(*text)); }
+bool isNotEmpty(const std::optional<std::string>& text) {
+  return text && isNotEmpty(std::string_view(*text));
+}

@@ -116,7 +116,9 @@ TNLTestServer::~TNLTestServer() {
   }
 }
 
-std::string TNLTestServer::baseURL() const { return "http://127.0.0.1:" + std::to_string(port_); }
+std::string TNLTestServer::baseURL() const {
+  return "http://127.0.0.1:" + std::to_string(port_);
+}
 
 void TNLTestServer::on(const std::string& method, const std::string& path, Response response) {
   on(method, path, [response](const Request&) { return response; });

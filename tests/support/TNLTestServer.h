@@ -86,7 +86,8 @@ class TNLTestServer {
   std::vector<Request> requestsTo(const std::string& path) const;
   size_t requestCount() const;
   // Waits until at least `count` requests were recorded.
-  bool waitForRequests(size_t count, std::chrono::milliseconds timeout = std::chrono::seconds(10)) const;
+  bool waitForRequests(size_t count,
+                       std::chrono::milliseconds timeout = std::chrono::seconds(10)) const;
 
   // A port on 127.0.0.1 where nothing listens.
   static int closedPort();

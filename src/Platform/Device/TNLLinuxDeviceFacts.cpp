@@ -11,9 +11,9 @@
 #include "Platform/Device/TNLLinuxNetwork.h"
 #include "Platform/Device/TNLLinuxSystem.h"
 #include "Platform/Foundation/TNLNoDestructor.h"
+#include "Platform/Foundation/TNLStrings.h"
 #include "TarnelAd/Toolkit/TNLApplication.h"
 #include "TarnelAd/Toolkit/TNLScreen.h"
-#include "Platform/Foundation/TNLStrings.h"
 
 namespace {
 

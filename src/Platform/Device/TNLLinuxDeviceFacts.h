@@ -19,8 +19,8 @@ class TNLLinuxDeviceFacts : public TNLDeviceFacts {
   // Replaces the source of the main screen's bounds and scale (null restores the toolkit's screen).
   // The provider answers null when there is no main screen. It may be called from any thread.
   static void setScreenProvider(ScreenProvider provider);
-  // Replaces the source of the device orientation (null restores the toolkit's). It is called on every
-  // URL that the library fills, from any thread.
+  // Replaces the source of the device orientation (null restores the toolkit's). It is called on
+  // every URL that the library fills, from any thread.
   static void setOrientationProvider(OrientationProvider provider);
 
   std::string bundleIdentifier() const override;

@@ -19,13 +19,13 @@ std::string TNLError::localizedDescription() const {
   if (it != userInfo_.end() && it->is_string()) {
     return it->get<std::string>();
   }
-  return "The operation couldn\u2019t be completed. (" + domain_ + " error " + std::to_string(code_) +
-         ".)";
+  return "The operation couldn\u2019t be completed. (" + domain_ + " error " +
+         std::to_string(code_) + ".)";
 }
 
 std::string TNLError::description() const {
-  std::string text =
-      "Error Domain=" + domain_ + " Code=" + std::to_string(code_) + " \"" + localizedDescription() + "\"";
+  std::string text = "Error Domain=" + domain_ + " Code=" + std::to_string(code_) + " \"" +
+                     localizedDescription() + "\"";
   if (!userInfo_.empty()) {
     text += " UserInfo={";
     bool first = true;

@@ -9,10 +9,12 @@
 // error objects are. Passed around as std::shared_ptr<const TNLError>; null means "no error".
 class TNLError {
  public:
-  TNLError(std::string domain, long code, nlohmann::ordered_json userInfo = nlohmann::ordered_json::object());
+  TNLError(std::string domain, long code,
+           nlohmann::ordered_json userInfo = nlohmann::ordered_json::object());
 
-  static std::shared_ptr<const TNLError> make(std::string domain, long code,
-                                              nlohmann::ordered_json userInfo = nlohmann::ordered_json::object());
+  static std::shared_ptr<const TNLError> make(
+      std::string domain, long code,
+      nlohmann::ordered_json userInfo = nlohmann::ordered_json::object());
 
   const std::string& domain() const { return domain_; }
   long code() const { return code_; }

@@ -76,7 +76,8 @@ std::string TNLFormatArgs(std::string_view format, std::span<const TNLFormatArg>
     }
     const size_t start = i++;
     // flags
-    while (i < format.size() && std::string_view("-+ #0'").find(format[i]) != std::string_view::npos) {
+    while (i < format.size() &&
+           std::string_view("-+ #0'").find(format[i]) != std::string_view::npos) {
       ++i;
     }
     // width and precision (no '*')
@@ -91,7 +92,8 @@ std::string TNLFormatArgs(std::string_view format, std::span<const TNLFormatArg>
     }
     // length modifiers, dropped: every value is passed at full width
     const size_t lengthStart = i;
-    while (i < format.size() && std::string_view("hlqLzjt").find(format[i]) != std::string_view::npos) {
+    while (i < format.size() &&
+           std::string_view("hlqLzjt").find(format[i]) != std::string_view::npos) {
       ++i;
     }
     if (i >= format.size()) {
@@ -135,7 +137,8 @@ std::string TNLFormatArgs(std::string_view format, std::span<const TNLFormatArg>
         } else if (isSigned) {
           out += cFormat(flagsAndWidth + "lld", signedValue);
         } else {
-          out += cFormat(flagsAndWidth + "ll" + conversion, static_cast<unsigned long long>(signedValue));
+          out += cFormat(flagsAndWidth + "ll" + conversion,
+                         static_cast<unsigned long long>(signedValue));
         }
         break;
       }

@@ -74,7 +74,8 @@ class TNLFormatArg {
 
  private:
   friend std::string TNLFormatArgs(std::string_view, std::span<const TNLFormatArg>);
-  using Value = std::variant<Null, std::string, bool, long long, unsigned long long, double, Pointer>;
+  using Value =
+      std::variant<Null, std::string, bool, long long, unsigned long long, double, Pointer>;
   static std::string describeJSON(const nlohmann::ordered_json& json);
 
   Value value_;
@@ -94,4 +95,6 @@ std::string TNLFormat(std::string_view format, const Args&... args) {
 }
 
 // "%p" argument for any object.
-inline TNLFormatArg::Pointer TNLPointer(const void* address) { return {address}; }
+inline TNLFormatArg::Pointer TNLPointer(const void* address) {
+  return {address};
+}

@@ -14,11 +14,14 @@ TNLJson parse(std::string_view bytes, TNLErrorPtr* error) {
   };
   TNLJson value = TNLJson::parse(bytes.begin(), bytes.end(), nullptr, false);
   if (value.is_discarded()) {
-    return fail(bytes.empty() ? "Unable to parse empty data."
-                              : "The data couldn\u2019t be read because it isn\u2019t in the correct format.");
+    return fail(
+        bytes.empty()
+            ? "Unable to parse empty data."
+            : "The data couldn\u2019t be read because it isn\u2019t in the correct format.");
   }
   if (!value.is_object() && !value.is_array()) {
-    return fail("JSON text did not start with array or object and option to allow fragments not set.");
+    return fail(
+        "JSON text did not start with array or object and option to allow fragments not set.");
   }
   if (error != nullptr) {
     *error = nullptr;

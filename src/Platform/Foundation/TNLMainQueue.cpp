@@ -16,7 +16,9 @@ gboolean runTask(gpointer data) {
   return G_SOURCE_REMOVE;
 }
 
-void deleteTask(gpointer data) { delete static_cast<std::function<void()>*>(data); }
+void deleteTask(gpointer data) {
+  delete static_cast<std::function<void()>*>(data);
+}
 
 }  // namespace
 
@@ -51,13 +53,16 @@ void TNLMainQueue::sync(const std::function<void()>& task) {
   state->done.wait(lock, [&] { return state->finished; });
 }
 
-bool TNLMainQueue::isMainThread() { return syscall(SYS_gettid) == getpid(); }
+bool TNLMainQueue::isMainThread() {
+  return syscall(SYS_gettid) == getpid();
+}
 
 bool TNLMainQueue::runUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout) {
   GMainContext* context = g_main_context_default();
   const auto deadline = std::chrono::steady_clock::now() + timeout;
   // A short ticking source bounds each blocking iteration so the deadline is honoured.
-  const guint tick = g_timeout_add(5, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
+  const guint tick = g_timeout_add(
+      5, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
   bool result = done();
   while (!result && std::chrono::steady_clock::now() < deadline) {
     g_main_context_iteration(context, TRUE);

@@ -24,13 +24,15 @@ class TNLNotificationCenter {
   static std::shared_ptr<TNLNotificationCenter> defaultCenter();
 
   // `observer` identifies the registration for removal; `sender` null means any sender.
-  void addObserver(const void* observer, const std::string& name, const void* sender, Callback callback);
+  void addObserver(const void* observer, const std::string& name, const void* sender,
+                   Callback callback);
   // Removes every registration of the observer.
   void removeObserver(const void* observer);
   // Removes the observer's registrations for the name (and sender, when one is given).
   void removeObserver(const void* observer, const std::string& name, const void* sender = nullptr);
 
-  void post(const std::string& name, const void* sender = nullptr, TNLJson userInfo = TNLJson::object());
+  void post(const std::string& name, const void* sender = nullptr,
+            TNLJson userInfo = TNLJson::object());
 
   size_t observerCount() const;
 

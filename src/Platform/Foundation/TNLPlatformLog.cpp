@@ -46,7 +46,8 @@ void TNLPlatformLog(const std::string& line) {
   const auto now = std::chrono::system_clock::now();
   const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
   const auto micros =
-      std::chrono::duration_cast<std::chrono::microseconds>(now.time_since_epoch()).count() % 1000000;
+      std::chrono::duration_cast<std::chrono::microseconds>(now.time_since_epoch()).count() %
+      1000000;
   std::tm local{};
   localtime_r(&seconds, &local);
   std::array<char, 64> stamp{};

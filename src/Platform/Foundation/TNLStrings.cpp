@@ -88,9 +88,12 @@ std::string trimWhitespaceAndNewlines(std::string_view text) {
   return trim(text, [](char32_t c) { return isBlank(c) || isLineBreak(c); });
 }
 
-std::string trimWhitespace(std::string_view text) { return trim(text, isBlank); }
+std::string trimWhitespace(std::string_view text) {
+  return trim(text, isBlank);
+}
 
-std::string replaceAll(std::string_view text, std::string_view target, std::string_view replacement) {
+std::string replaceAll(std::string_view text, std::string_view target,
+                       std::string_view replacement) {
   if (target.empty()) {
     return std::string(text);
   }

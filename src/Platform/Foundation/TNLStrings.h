@@ -13,8 +13,10 @@ std::string trimWhitespaceAndNewlines(std::string_view text);
 // Removes only blanks (spaces, tabs and Unicode space separators) from both ends.
 std::string trimWhitespace(std::string_view text);
 
-// Replaces every non-overlapping occurrence of `target`, left to right. An empty target changes nothing.
-std::string replaceAll(std::string_view text, std::string_view target, std::string_view replacement);
+// Replaces every non-overlapping occurrence of `target`, left to right. An empty target changes
+// nothing.
+std::string replaceAll(std::string_view text, std::string_view target,
+                       std::string_view replacement);
 
 // Splits at every occurrence of `separator`; "a&&b" gives {"a", "", "b"}, "" gives {""}.
 std::vector<std::string> split(std::string_view text, std::string_view separator);

@@ -36,7 +36,9 @@ gboolean onTimeout(gpointer data) {
   return G_SOURCE_CONTINUE;
 }
 
-void releaseState(gpointer data) { delete static_cast<std::shared_ptr<TNLTimer::State>*>(data); }
+void releaseState(gpointer data) {
+  delete static_cast<std::shared_ptr<TNLTimer::State>*>(data);
+}
 
 }  // namespace
 
@@ -48,7 +50,8 @@ std::shared_ptr<TNLTimer> TNLTimer::scheduledTimer(std::chrono::milliseconds int
   auto state = std::make_shared<State>();
   state->fire = std::move(fire);
   state->repeats = repeats;
-  GSource* source = g_timeout_source_new(static_cast<guint>(std::max<long long>(0, interval.count())));
+  GSource* source =
+      g_timeout_source_new(static_cast<guint>(std::max<long long>(0, interval.count())));
   g_source_set_callback(source, onTimeout, new std::shared_ptr<State>(state), releaseState);
   {
     std::lock_guard lock(state->mutex);
@@ -75,4 +78,6 @@ void TNLTimer::invalidate() {
   }
 }
 
-bool TNLTimer::isValid() const { return state_->valid.load(); }
+bool TNLTimer::isValid() const {
+  return state_->valid.load();
+}

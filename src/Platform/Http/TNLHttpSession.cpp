@@ -38,7 +38,8 @@ struct URLErrorText {
   const char* text;
 };
 
-TNLErrorPtr makeURLError(long code, const std::optional<std::string>& url, const std::string& detail) {
+TNLErrorPtr makeURLError(long code, const std::optional<std::string>& url,
+                         const std::string& detail) {
   static const URLErrorText kTexts[] = {
       {TNLURLError::BadURL, "unsupported URL"},
       {TNLURLError::TimedOut, "The request timed out."},
@@ -248,7 +249,8 @@ class Engine {
         curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, request.method.c_str());
       }
       if (request.body) {
-        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body->size()));
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE,
+                         static_cast<curl_off_t>(request.body->size()));
         curl_easy_setopt(easy, CURLOPT_COPYPOSTFIELDS, request.body->data());
       } else if (request.method == "POST") {
         curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(0));
@@ -257,7 +259,8 @@ class Engine {
     }
 
     if (curl_multi_add_handle(multi_, easy) != CURLM_OK) {
-      complete(*transfer, {"", 0, makeURLError(TNLURLError::Unknown, request.url, "cannot start transfer")});
+      complete(*transfer,
+               {"", 0, makeURLError(TNLURLError::Unknown, request.url, "cannot start transfer")});
       return;
     }
     active_.emplace(easy, std::move(transfer));
@@ -279,9 +282,10 @@ class Engine {
     } else {
       long osErrno = 0;
       curl_easy_getinfo(easy, CURLINFO_OS_ERRNO, &osErrno);
-      const std::string detail = transfer->errorBuffer[0] != '\0' ? transfer->errorBuffer
-                                                                  : curl_easy_strerror(result);
-      response.error = makeURLError(urlErrorCodeFor(result, osErrno), transfer->request.url, detail);
+      const std::string detail =
+          transfer->errorBuffer[0] != '\0' ? transfer->errorBuffer : curl_easy_strerror(result);
+      response.error =
+          makeURLError(urlErrorCodeFor(result, osErrno), transfer->request.url, detail);
       response.statusCode = 0;
     }
     complete(*transfer, response);
@@ -401,7 +405,8 @@ std::shared_ptr<TNLHttpSession> TNLHttpSession::sharedSession() {
   return *session;
 }
 
-void TNLHttpSession::setTimeoutOverrideForTesting(std::optional<std::chrono::milliseconds> timeout) {
+void TNLHttpSession::setTimeoutOverrideForTesting(
+    std::optional<std::chrono::milliseconds> timeout) {
   std::lock_guard lock(overrideMutex());
   timeoutOverride() = timeout;
 }

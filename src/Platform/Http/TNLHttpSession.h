@@ -26,9 +26,9 @@ class TNLHttpSession {
   };
 
   struct Response {
-    std::string body;          // empty when there was none or the transfer failed
-    long statusCode = 0;       // 0 when no response arrived
-    TNLErrorPtr error;         // null on success
+    std::string body;     // empty when there was none or the transfer failed
+    long statusCode = 0;  // 0 when no response arrived
+    TNLErrorPtr error;    // null on success
   };
   using Completion = std::function<void(const Response& response)>;
 

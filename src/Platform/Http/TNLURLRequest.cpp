@@ -18,7 +18,8 @@ std::optional<std::string> TNLURLRequest::parseURL(const std::string& text) {
       i += 2;
       continue;
     }
-    if (c >= 0x80 || !(std::isalnum(c) || kAllowed.find(static_cast<char>(c)) != std::string_view::npos)) {
+    if (c >= 0x80 ||
+        !(std::isalnum(c) || kAllowed.find(static_cast<char>(c)) != std::string_view::npos)) {
       return std::nullopt;
     }
   }

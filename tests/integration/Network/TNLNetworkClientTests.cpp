@@ -153,7 +153,8 @@ TEST(TNLNetworkClient, RequestsCarryOnlyMethodAndBody) {
   EXPECT_FALSE(requests[0].hasHeader("User-Agent"));
   EXPECT_EQ(requests[1].method, "POST");
   EXPECT_EQ(requests[1].body, "");
-  EXPECT_TRUE(requests[1].header("Content-Length").empty() || requests[1].header("Content-Length") == "0");
+  EXPECT_TRUE(requests[1].header("Content-Length").empty() ||
+              requests[1].header("Content-Length") == "0");
 }
 
 TEST(TNLNetworkClient, TransportFailuresAreURLErrors) {
@@ -199,7 +200,8 @@ TEST(TNLHttpSession, ExitsCleanlyWithTransfersInFlight) {
   const std::string url = server.url("/silent");
   EXPECT_EXIT(
       {
-        TNLNetworkClient::makeURLRequestWithURL(url, GET_METHOD, [](const std::string&) {}, [](const TNLErrorPtr&) {});
+        TNLNetworkClient::makeURLRequestWithURL(
+            url, GET_METHOD, [](const std::string&) {}, [](const TNLErrorPtr&) {});
         std::this_thread::sleep_for(100ms);
         std::exit(0);
       },

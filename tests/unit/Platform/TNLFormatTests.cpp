@@ -13,7 +13,9 @@ TEST(TNLFormat, ObjectDirectiveDescribesEveryKind) {
   const auto error = TNLError::make("Domain", 7, {{kTNLLocalizedDescriptionKey, "went wrong"}});
   const auto object = std::make_shared<Described>();
   EXPECT_EQ(TNLFormat("%@|%@|%@|%@", std::string("text"), 42, 2.5, true), "text|42|2.5|1");
-  EXPECT_EQ(TNLFormat("%@", error), "Error Domain=Domain Code=7 \"went wrong\" UserInfo={NSLocalizedDescription=went wrong}");
+  EXPECT_EQ(
+      TNLFormat("%@", error),
+      "Error Domain=Domain Code=7 \"went wrong\" UserInfo={NSLocalizedDescription=went wrong}");
   EXPECT_EQ(TNLFormat("%@ %@", object, std::shared_ptr<Described>()), "<Described> (null)");
   EXPECT_EQ(TNLFormat("%@", std::optional<std::string>()), "(null)");
   EXPECT_EQ(TNLFormat("%@", TNLJson{{"a", 1}}), "{\n  \"a\": 1\n}");

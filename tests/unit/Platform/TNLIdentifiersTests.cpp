@@ -9,7 +9,8 @@
 namespace {
 
 TEST(TNLIdentifiers, UUIDsAreCanonicalUpperCaseAndFresh) {
-  const std::regex canonical("^[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}$");
+  const std::regex canonical(
+      "^[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}$");
   const auto a = TNLIdentifiers::createUUIDString();
   EXPECT_TRUE(std::regex_match(a, canonical)) << a;
   EXPECT_NE(a, TNLIdentifiers::createUUIDString());

@@ -16,7 +16,8 @@ TEST(TNLStrings, ReplaceSplitAndDecode) {
   EXPECT_EQ(TNLStrings::replaceAll("abc", "", "1"), "abc");
   EXPECT_EQ(TNLStrings::split("a&&b", "&"), (std::vector<std::string>{"a", "", "b"}));
   EXPECT_EQ(TNLStrings::split("", "&"), (std::vector<std::string>{""}));
-  EXPECT_EQ(TNLStrings::splitLines("a\nb\r\nc\u2028d"), (std::vector<std::string>{"a", "b", "", "c", "d"}));
+  EXPECT_EQ(TNLStrings::splitLines("a\nb\r\nc\u2028d"),
+            (std::vector<std::string>{"a", "b", "", "c", "d"}));
   std::string decoded;
   EXPECT_TRUE(TNLStrings::percentDecode("a%20b%2Fc", decoded));
   EXPECT_EQ(decoded, "a b/c");
