@@ -94,6 +94,34 @@ TEST(TNLSerialQueue, RunsTasksSeriallyInDueOrderOnItsOwnThread) {
   EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
 }
 
+TEST(TNLSerialQueue, TheLastOwnerMayLetGoFromOneOfItsTasks) {
+  // Objects that own their queue are often released by a task on that queue (a weak reference
+  // locked inside the task). The worker must finish cleanly; the address sanitizer checks that
+  // nothing of the destroyed queue is touched afterwards.
+  std::atomic<bool> ran{false};
+  std::atomic<bool> droppedTaskDestroyed{false};
+  {
+    auto queue = std::make_shared<TNLSerialQueue>("test.owner");
+    const auto marker = std::shared_ptr<int>(new int(0), [&](int* value) {
+      delete value;
+      droppedTaskDestroyed = true;
+    });
+    queue->asyncAfter(10s, [marker] {});  // never runs: dropped with the queue
+    TNLSerialQueue* raw = queue.get();
+    raw->async([owner = std::move(queue), &ran]() mutable {
+      owner.reset();
+      ran = true;
+    });
+  }
+  const auto deadline = std::chrono::steady_clock::now() + 5s;
+  while (!(ran && droppedTaskDestroyed) && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(5ms);
+  }
+  EXPECT_TRUE(ran);
+  EXPECT_TRUE(droppedTaskDestroyed);
+  std::this_thread::sleep_for(20ms);  // lets the detached worker leave its loop
+}
+
 TEST(TNLNotificationCenter, DeliversByNameAndSenderUntilRemoved) {
   TNLNotificationCenter center;
   int sender = 0;
