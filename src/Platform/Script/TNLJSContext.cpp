@@ -125,6 +125,10 @@ TNLJSValue TNLJSContext::functionValue(const std::string& name, NativeFunction f
   return wrap(object);
 }
 
+void TNLJSContext::collectGarbage() {
+  JSGarbageCollect(impl_->context);
+}
+
 void TNLJSContext::setFunction(const TNLJSValue& object, const std::string& name,
                                NativeFunction function) {
   object.setProperty(name, functionValue(name, std::move(function)));

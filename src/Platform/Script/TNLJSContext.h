@@ -48,6 +48,9 @@ class TNLJSContext : public std::enable_shared_from_this<TNLJSContext> {
   // engine collects it, at the latest when the context goes); it must not own the context.
   TNLJSValue functionValue(const std::string& name, NativeFunction function);
 
+  // Asks the engine to collect unreachable values now.
+  void collectGarbage();
+
   // Installs a native function as the property `name` of `object`.
   void setFunction(const TNLJSValue& object, const std::string& name, NativeFunction function);
 
