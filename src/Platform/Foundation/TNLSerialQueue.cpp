@@ -31,14 +31,16 @@ void TNLSerialQueue::async(std::function<void()> task) {
 }
 
 void TNLSerialQueue::asyncAfter(std::chrono::nanoseconds delay, std::function<void()> task) {
+  // Once the task is in, it may run and release the queue before this call returns.
+  const auto state = state_;
   {
-    std::lock_guard lock(state_->mutex);
-    if (state_->stopping) {
+    std::lock_guard lock(state->mutex);
+    if (state->stopping) {
       return;
     }
-    state_->tasks.emplace(Clock::now() + delay, std::move(task));
+    state->tasks.emplace(Clock::now() + delay, std::move(task));
   }
-  state_->wake.notify_all();
+  state->wake.notify_all();
 }
 
 void TNLSerialQueue::sync(const std::function<void()>& task) {

@@ -182,7 +182,7 @@ TEST(OMIDTarnelJSTimer, ClearingStopsTimeoutsAndIntervals) {
       "  ticks++; report('tick ' + ticks);"
       "  if (ticks === 3) { omidNative.clearInterval(interval); }"
       "}, 10);"
-      "omidNative.setTimeout(function () { report('done'); }, 150);");
+      "omidNative.setTimeout(function () { report('done'); }, 400);");
   ASSERT_TRUE(reports.waitFor(4, 3s));
   EXPECT_EQ(reports.lines(), (std::vector<std::string>{"tick 1", "tick 2", "tick 3", "done"}));
 

@@ -100,6 +100,7 @@ TEST(TNLSerialQueue, TheLastOwnerMayLetGoFromOneOfItsTasks) {
   // nothing of the destroyed queue is touched afterwards.
   std::atomic<bool> ran{false};
   std::atomic<bool> droppedTaskDestroyed{false};
+  std::atomic<bool> released{false};
   {
     auto queue = std::make_shared<TNLSerialQueue>("test.owner");
     const auto marker = std::shared_ptr<int>(new int(0), [&](int* value) {
@@ -107,12 +108,15 @@ TEST(TNLSerialQueue, TheLastOwnerMayLetGoFromOneOfItsTasks) {
       droppedTaskDestroyed = true;
     });
     queue->asyncAfter(10s, [marker] {});  // never runs: dropped with the queue
-    TNLSerialQueue* raw = queue.get();
-    raw->async([owner = std::move(queue), &ran]() mutable {
-      owner.reset();
+    queue->async([owner = queue, &ran, &released]() mutable {
+      while (!released) {
+        std::this_thread::sleep_for(1ms);
+      }
+      owner.reset();  // the last owner
       ran = true;
     });
   }
+  released = true;
   const auto deadline = std::chrono::steady_clock::now() + 5s;
   while (!(ran && droppedTaskDestroyed) && std::chrono::steady_clock::now() < deadline) {
     std::this_thread::sleep_for(5ms);
