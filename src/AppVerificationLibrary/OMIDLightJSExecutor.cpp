@@ -108,6 +108,6 @@ void OMIDTarnelLightJSExecutor::invokeCallback(const TNLJSValue& callback,
     if (context == nullptr) {
       return;
     }
-    callback.call({context->valueFromJSON(argument.dump())});
+    callback.call({context->valueFromJSON(TNLJSON::serialize(argument))});
   });
 }
