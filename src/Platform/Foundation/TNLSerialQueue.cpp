@@ -2,16 +2,19 @@
 
 #include <memory>
 
-TNLSerialQueue::TNLSerialQueue(std::string label) : label_(std::move(label)) {
-  worker_ = std::thread([this] { run(); });
+TNLSerialQueue::TNLSerialQueue(std::string label)
+    : label_(std::move(label)), state_(std::make_shared<State>()) {
+  worker_ = std::thread([state = state_] { run(state); });
 }
 
 TNLSerialQueue::~TNLSerialQueue() {
+  std::multimap<Clock::time_point, std::function<void()>> dropped;
   {
-    std::lock_guard lock(mutex_);
-    stopping_ = true;
+    std::lock_guard lock(state_->mutex);
+    state_->stopping = true;
+    dropped.swap(state_->tasks);
   }
-  wake_.notify_all();
+  state_->wake.notify_all();
   if (worker_.joinable()) {
     if (worker_.get_id() == std::this_thread::get_id()) {
       worker_.detach();  // the last owner let go from a task of this queue
@@ -19,19 +22,25 @@ TNLSerialQueue::~TNLSerialQueue() {
       worker_.join();
     }
   }
+  // `dropped` is destroyed here, outside the lock: a dropped task may own things whose
+  // destruction posts to other queues.
 }
 
-void TNLSerialQueue::async(std::function<void()> task) { asyncAfter(std::chrono::nanoseconds(0), std::move(task)); }
+void TNLSerialQueue::async(std::function<void()> task) {
+  asyncAfter(std::chrono::nanoseconds(0), std::move(task));
+}
 
 void TNLSerialQueue::asyncAfter(std::chrono::nanoseconds delay, std::function<void()> task) {
+  // Once the task is in, it may run and release the queue before this call returns.
+  const auto state = state_;
   {
-    std::lock_guard lock(mutex_);
-    if (stopping_) {
+    std::lock_guard lock(state->mutex);
+    if (state->stopping) {
       return;
     }
-    tasks_.emplace(Clock::now() + delay, std::move(task));
+    state->tasks.emplace(Clock::now() + delay, std::move(task));
   }
-  wake_.notify_all();
+  state->wake.notify_all();
 }
 
 void TNLSerialQueue::sync(const std::function<void()>& task) {
@@ -51,27 +60,33 @@ void TNLSerialQueue::sync(const std::function<void()>& task) {
   done->second.wait(lock, [&] { return finished; });
 }
 
-bool TNLSerialQueue::isCurrent() const { return std::this_thread::get_id() == worker_.get_id(); }
+bool TNLSerialQueue::isCurrent() const {
+  return std::this_thread::get_id() == worker_.get_id();
+}
 
-void TNLSerialQueue::run() {
-  std::unique_lock lock(mutex_);
+void TNLSerialQueue::run(const std::shared_ptr<State>& state) {
+  std::unique_lock lock(state->mutex);
   while (true) {
-    if (stopping_) {
+    if (state->stopping) {
       return;
     }
-    if (tasks_.empty()) {
-      wake_.wait(lock);
+    if (state->tasks.empty()) {
+      state->wake.wait(lock);
       continue;
     }
-    const auto due = tasks_.begin()->first;
+    const auto due = state->tasks.begin()->first;
     if (due > Clock::now()) {
-      wake_.wait_until(lock, due);
+      state->wake.wait_until(lock, due);
       continue;
     }
-    auto task = std::move(tasks_.begin()->second);
-    tasks_.erase(tasks_.begin());
-    lock.unlock();
-    task();
+    {
+      auto task = std::move(state->tasks.begin()->second);
+      state->tasks.erase(state->tasks.begin());
+      lock.unlock();
+      task();
+      // The task (and whatever it captured) goes before the lock is taken again: its captures
+      // may include the queue's last owner.
+    }
     lock.lock();
   }
 }

@@ -5,12 +5,15 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 
 // A private serial queue: one worker thread runs the tasks one after another in the order they
-// become due. Destroying the queue drops tasks that have not started and joins the worker.
+// become due. Destroying the queue drops tasks that have not started and joins the worker; when the
+// last owner lets go from a task of the queue itself, the worker finishes that task and exits on
+// its own.
 class TNLSerialQueue {
  public:
   explicit TNLSerialQueue(std::string label);
@@ -28,14 +31,19 @@ class TNLSerialQueue {
   const std::string& label() const { return label_; }
 
  private:
-  void run();
-
   using Clock = std::chrono::steady_clock;
+  // What the worker uses; shared with the worker thread so that it outlives the queue object when
+  // the queue is destroyed from one of its own tasks.
+  struct State {
+    std::mutex mutex;
+    std::condition_variable wake;
+    // Keyed by due time, then by submission order.
+    std::multimap<Clock::time_point, std::function<void()>> tasks;
+    bool stopping = false;
+  };
+  static void run(const std::shared_ptr<State>& state);
+
   std::string label_;
-  mutable std::mutex mutex_;
-  std::condition_variable wake_;
-  // Keyed by due time, then by submission order.
-  std::multimap<Clock::time_point, std::function<void()>> tasks_;
-  bool stopping_ = false;
+  std::shared_ptr<State> state_;
   std::thread worker_;
 };

@@ -94,13 +94,48 @@ TEST(TNLSerialQueue, RunsTasksSeriallyInDueOrderOnItsOwnThread) {
   EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
 }
 
+TEST(TNLSerialQueue, TheLastOwnerMayLetGoFromOneOfItsTasks) {
+  // Objects that own their queue are often released by a task on that queue (a weak reference
+  // locked inside the task). The worker must finish cleanly; the address sanitizer checks that
+  // nothing of the destroyed queue is touched afterwards.
+  std::atomic<bool> ran{false};
+  std::atomic<bool> droppedTaskDestroyed{false};
+  std::atomic<bool> released{false};
+  {
+    auto queue = std::make_shared<TNLSerialQueue>("test.owner");
+    const auto marker = std::shared_ptr<int>(new int(0), [&](int* value) {
+      delete value;
+      droppedTaskDestroyed = true;
+    });
+    queue->asyncAfter(10s, [marker] {});  // never runs: dropped with the queue
+    queue->async([owner = queue, &ran, &released]() mutable {
+      while (!released) {
+        std::this_thread::sleep_for(1ms);
+      }
+      owner.reset();  // the last owner
+      ran = true;
+    });
+  }
+  released = true;
+  const auto deadline = std::chrono::steady_clock::now() + 5s;
+  while (!(ran && droppedTaskDestroyed) && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(5ms);
+  }
+  EXPECT_TRUE(ran);
+  EXPECT_TRUE(droppedTaskDestroyed);
+  std::this_thread::sleep_for(20ms);  // lets the detached worker leave its loop
+}
+
 TEST(TNLNotificationCenter, DeliversByNameAndSenderUntilRemoved) {
   TNLNotificationCenter center;
   int sender = 0;
   int other = 0;
   std::vector<std::string> seen;
-  center.addObserver(&seen, "N", nullptr, [&](const TNLNotification& n) { seen.push_back("any:" + n.userInfo.value("k", "")); });
-  center.addObserver(&seen, "N", &sender, [&](const TNLNotification&) { seen.push_back("sender"); });
+  center.addObserver(&seen, "N", nullptr, [&](const TNLNotification& n) {
+    seen.push_back("any:" + n.userInfo.value("k", ""));
+  });
+  center.addObserver(&seen, "N", &sender,
+                     [&](const TNLNotification&) { seen.push_back("sender"); });
   center.post("N", &sender, {{"k", "v"}});
   center.post("N", &other);
   center.post("M", &sender);

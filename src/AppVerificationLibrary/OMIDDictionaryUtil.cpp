@@ -1,0 +1,5 @@
+#include "AppVerificationLibrary/OMIDDictionaryUtil.h"
+
+std::string OMIDTarnelDictionaryUtil::stringFromJSON(const TNLJson& json) {
+  return TNLJSON::serialize(json);
+}
