@@ -21,7 +21,11 @@ struct FreeParserContext {
 };
 
 // Parse errors are reported through the error out argument only; libxml2 would print them.
+#if LIBXML_VERSION >= 21200
+void ignoreParseError(void*, const xmlError*) {}
+#else
 void ignoreParseError(void*, xmlErrorPtr) {}
+#endif
 
 TNLErrorPtr parseError() {
   return TNLError::make(TNL_XMLErrorDomain, -1);
