@@ -1,0 +1,265 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <sstream>
+
+#include "Ads/VAST/XMLSupport/TNL_XMLDocument.h"
+#include "Platform/Foundation/TNLStrings.h"
+#include "TarnelAd/TNLConstants.h"
+#include "support/TNLTestServer.h"
+#include "support/TNLVastRun.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// libxml2's XML_XPATH_UNDEF_PREFIX_ERROR.
+constexpr long kUndefinedPrefixCode = 1219;
+
+struct Sample {
+  std::string path;  // relative to the samples folder, e.g. "vast-4.0/Inline_Simple.xml"
+  std::string text;
+};
+
+std::vector<Sample> loadSamples() {
+  std::vector<Sample> samples;
+  const fs::path root = TNL_VAST_SAMPLES_DIR;
+  for (const auto& entry : fs::recursive_directory_iterator(root)) {
+    if (entry.is_regular_file() && entry.path().extension() == ".xml") {
+      std::ifstream file(entry.path(), std::ios::binary);
+      std::ostringstream text;
+      text << file.rdbuf();
+      samples.push_back({fs::relative(entry.path(), root).generic_string(), text.str()});
+    }
+  }
+  std::sort(samples.begin(), samples.end(),
+            [](const Sample& a, const Sample& b) { return a.path < b.path; });
+  return samples;
+}
+
+// The published wrappers point at the standard body's repository and at a demo server; both are
+// served from the loopback server under the samples' own folder names.
+std::string toLoopback(const std::string& text, const TNLTestServer& server) {
+  static const std::regex repository(
+      R"(https://raw\.githubusercontent\.com/InteractiveAdvertisingBureau/VAST_Samples/master/VAST%20([0-9.]+)%20Samples/)");
+  static const std::regex demo(R"(http://demo\.tremormedia\.com/proddev/vast/)");
+  const std::string local = std::regex_replace(text, repository, server.url("/vast-$1/"));
+  return std::regex_replace(local, demo, server.url("/vast-2.0/more/"));
+}
+
+size_t mediaFileCount(const std::string& text) {
+  static const std::regex mediaFile(R"(<MediaFile[\s>])");
+  return static_cast<size_t>(std::distance(
+      std::sregex_iterator(text.begin(), text.end(), mediaFile), std::sregex_iterator()));
+}
+
+// What a workflow run gave, in the words of the results table.
+std::string describe(const std::vector<TNLVastRun::Outcome>& outcomes) {
+  std::string text;
+  for (const auto& outcome : outcomes) {
+    if (!text.empty()) {
+      text += "; ";
+    }
+    text += outcome.succeeded()
+                ? "mp4 " + TNLStrings::trimWhitespaceAndNewlines(outcome.mediaFileName)
+                : outcome.error->domain() + " " + std::to_string(outcome.error->code());
+  }
+  return text.empty() ? "no callback" : text;
+}
+
+TEST(TNLVastSamples, EverySampleGoesThroughTheXMLLayer) {
+  const auto samples = loadSamples();
+  ASSERT_EQ(samples.size(), 75u);
+  const std::string defaultPrefix = std::string("//") + kTNLXMLXPathDefaultNamespacePrefix + ":";
+  for (const auto& sample : samples) {
+    SCOPED_TRACE(sample.path);
+    TNLErrorPtr error;
+    const auto doc = TNL_XMLDocument::createWithData(sample.text, 0, &error);
+    ASSERT_TRUE(doc);
+    const auto root = doc->rootElement();
+    ASSERT_TRUE(root);
+
+    // Media files are found under their plain name or, in the VAST namespace, under the
+    // default-namespace prefix, which other documents do not define.
+    const bool namespaced =
+        sample.text.find("xmlns=\"http://www.iab.com/VAST\"") != std::string::npos;
+    const auto plain = doc->nodesForXPath("//MediaFile", &error);
+    ASSERT_TRUE(plain.has_value());
+    const auto prefixed = doc->nodesForXPath(defaultPrefix + "MediaFile", &error);
+    if (namespaced) {
+      EXPECT_TRUE(plain->empty());
+      ASSERT_TRUE(prefixed.has_value());
+      EXPECT_EQ(prefixed->size(), mediaFileCount(sample.text));
+    } else {
+      EXPECT_EQ(plain->size(), mediaFileCount(sample.text));
+      EXPECT_FALSE(prefixed.has_value());
+      EXPECT_EQ(error->code(), kUndefinedPrefixCode);
+    }
+
+    // The serialisation is trimmed, keeps no blank-only text and parses to the same tree.
+    const auto xml = root->XMLString();
+    ASSERT_TRUE(xml.has_value());
+    EXPECT_EQ(*xml, TNLStrings::trimWhitespaceAndNewlines(*xml));
+    const auto blanks = doc->nodesForXPath("//text()[normalize-space(.) = '']", &error);
+    ASSERT_TRUE(blanks.has_value());
+    EXPECT_TRUE(blanks->empty());
+    const auto again = TNL_XMLDocument::createWithXMLString(*xml, 0, &error);
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->rootElement()->XMLString(), xml);
+  }
+}
+
+TEST(TNLVastSamples, EverySampleGoesThroughTheWorkflow) {
+  // "mp4 <media file name, trimmed>" or the error's domain and code, one entry per callback.
+  // The media file is the last one with attributes (the low resolution one in the 4.x samples).
+  // Files without MP4 fail with 11. The published wrappers put blanks and line breaks around
+  // their ad tag URI, which is used as it stands and refused by the network client before any
+  // fetch (-1000); only the 3.0 wrapper's URI is bare and resolves over loopback.
+  const std::string kShortIntro =
+      "mp4 https://iab-publicfiles.s3.amazonaws.com/vast/VAST-4.0-Short-Intro.mp4";
+  const std::string kLowResolution =
+      "mp4 https://iab-publicfiles.s3.amazonaws.com/vast/VAST-4.0-Short-Intro-low-resolution.mp4";
+  const std::string kNoMP4 = "NSURLErrorDomain 11";
+  const std::string kBadURL = "NSURLErrorDomain -1000";
+  const std::map<std::string, std::string> expected = {
+      {"vast-2.0/Inline_LinearRegular_VAST2.0.xml", kShortIntro},
+      {"vast-2.0/Inline_LinearVAST2vpaid.xml", kShortIntro},
+      {"vast-2.0/Inline_NonLinear_VAST2.0.xml", kNoMP4},
+      {"vast-2.0/Inline_NonLinear_Verification_VAST2.0.xml", kShortIntro},
+      {"vast-2.0/more/vast1Nonlinear.xml", kNoMP4},
+      {"vast-2.0/more/vast1RegularLinear.xml", kNoMP4},
+      {"vast-2.0/more/vast1VPAIDLinear.xml", kNoMP4},
+      {"vast-2.0/more/vast2Nonlinear.xml", kNoMP4},
+      {"vast-2.0/more/vast2RegularLinear.xml", kNoMP4},
+      {"vast-2.0/more/vast2VPAIDLinear.xml", kNoMP4},
+      {"vast-2.0/more/vast_inline_linear.xml", kNoMP4},
+      {"vast-2.0/more/vast_inline_nonlinear.xml", kNoMP4},
+      {"vast-2.0/more/vast_wrapper_linear_1.xml", kBadURL},
+      {"vast-2.0/more/vast_wrapper_linear_2.xml", kBadURL},
+      {"vast-2.0/more/vast_wrapper_nonlinear_1.xml", kBadURL},
+      {"vast-2.0/more/vast_wrapper_nonlinear_2.xml", kBadURL},
+      {"vast-2.0/vast1Nonlinear.xml", kNoMP4},
+      {"vast-2.0/vast1RegularLinear.xml", kNoMP4},
+      {"vast-2.0/vast1VPAIDLinear.xml", kShortIntro},
+      {"vast-3.0/Event_Tracking-test.xml", kShortIntro},
+      {"vast-3.0/Inline_Companion_Tag-test.xml", kShortIntro},
+      {"vast-3.0/Inline_Linear_Tag-test.xml", kShortIntro},
+      {"vast-3.0/Inline_Non-Linear_Tag-test.xml", kNoMP4},
+      {"vast-3.0/No_Wrapper_Tag-test.xml", kShortIntro},
+      {"vast-3.0/Video_Clicks_and_click_tracking-Inline-test.xml", kShortIntro},
+      {"vast-3.0/Wrapper_Tag-test.xml", kShortIntro},
+      {"vast-4.0/Ad_Verification-test.xml", kLowResolution},
+      {"vast-4.0/Category-test.xml", kLowResolution},
+      {"vast-4.0/Conditional_Ad-test.xml", kLowResolution},
+      {"vast-4.0/Event_Tracking-test.xml", kLowResolution},
+      {"vast-4.0/Inline_Companion_Tag-test.xml", kLowResolution},
+      {"vast-4.0/Inline_Linear_Tag-test.xml", kLowResolution},
+      {"vast-4.0/Inline_Non-Linear_Tag-test.xml", kNoMP4},
+      {"vast-4.0/Inline_Simple.xml", kLowResolution},
+      {"vast-4.0/No_Wrapper_Tag-test.xml", kLowResolution},
+      {"vast-4.0/Ready_to_serve_Media_Files_check-test.xml", kLowResolution},
+      {"vast-4.0/SSAI_stitching__VPAID_separation-test.xml",
+       "mp4 http://cdn.iabcdn.com/website/engineering/vast_4_0_pilot/vast_4.0_pilot-iab-hd.mp4"},
+      {"vast-4.0/SSAI_stitching_mezzanine_file_support-test.xml", kLowResolution},
+      {"vast-4.0/Universal_Ad_ID-test.xml", kLowResolution},
+      {"vast-4.0/Video_Clicks_and_click_tracking-Inline-test.xml", kLowResolution},
+      {"vast-4.0/Viewable_Impression-test.xml", kBadURL},
+      {"vast-4.0/Wrapper_Tag-test.xml", kBadURL},
+      {"vast-4.1/Ad_Verification-test.xml", kLowResolution},
+      {"vast-4.1/Audio_DAAST_Sample.xml", kLowResolution},
+      {"vast-4.1/Category-test.xml", kLowResolution},
+      {"vast-4.1/Closed_Caption_Test.xml", kLowResolution},
+      {"vast-4.1/Conditional_Ad-test.xml", kLowResolution},
+      {"vast-4.1/Event_Tracking-test.xml", kLowResolution},
+      {"vast-4.1/Inline_Companion_Tag-test.xml", kLowResolution},
+      {"vast-4.1/Inline_Linear_Tag-test.xml", kLowResolution},
+      {"vast-4.1/Inline_Non-Linear_Tag-test.xml", kNoMP4},
+      {"vast-4.1/Inline_Simple.xml", kLowResolution},
+      {"vast-4.1/No_Wrapper_Tag-test.xml", kLowResolution},
+      {"vast-4.1/Ready_to_serve_Media_Files_check-test.xml", kLowResolution},
+      {"vast-4.1/SSAI_stitching__VPAID_separation-test.xml",
+       "mp4 https://cdn.iabcdn.com/website/engineering/vast_4_0_pilot/vast_4.0_pilot-iab-hd.mp4"},
+      {"vast-4.1/SSAI_stitching_mezzanine_file_support-test.xml", kLowResolution},
+      {"vast-4.1/Universal_Ad_ID-test.xml", kLowResolution},
+      {"vast-4.1/Video_Clicks_and_click_tracking-Inline-test.xml", kLowResolution},
+      {"vast-4.1/Viewable_Impression-test.xml", kBadURL},
+      {"vast-4.1/Wrapper_Tag-test.xml", kBadURL},
+      {"vast-4.2/Ad_Verification-test.xml", kLowResolution},
+      {"vast-4.2/Category-test.xml", kLowResolution},
+      {"vast-4.2/Closed_Caption_Test.xml", kLowResolution},
+      {"vast-4.2/Event_Tracking-test.xml", kLowResolution},
+      {"vast-4.2/IconClickFallbacks.xml", kLowResolution},
+      {"vast-4.2/Inline_Companion_Tag-test.xml", kLowResolution},
+      {"vast-4.2/Inline_Linear_Tag-test.xml", kLowResolution},
+      {"vast-4.2/Inline_Non-Linear_Tag-test.xml", kNoMP4},
+      {"vast-4.2/Inline_Simple.xml", kLowResolution},
+      {"vast-4.2/No_Wrapper_Tag-test.xml", kLowResolution},
+      {"vast-4.2/Ready_to_serve_Media_Files_check-test.xml", kLowResolution},
+      {"vast-4.2/Universal_Ad_ID-multi-test.xml", kLowResolution},
+      {"vast-4.2/Video_Clicks_and_click_tracking-Inline-test.xml", kLowResolution},
+      {"vast-4.2/Viewable_Impression-test.xml", kBadURL},
+      {"vast-4.2/Wrapper_Tag-test.xml", kBadURL},
+  };
+
+  TNLTestServer server;
+  const auto samples = loadSamples();
+  for (const auto& sample : samples) {
+    server.on("GET", "/" + sample.path,
+              TNLTestServer::Response::xml(toLoopback(sample.text, server)));
+  }
+  for (const auto& sample : samples) {
+    SCOPED_TRACE(sample.path);
+    TNLVastRun run;
+    run.start(toLoopback(sample.text, server));
+    run.wait(1);
+    run.settle();
+    const std::string result = describe(run.outcomes());
+    const auto entry = expected.find(sample.path);
+    ASSERT_NE(entry, expected.end());
+    EXPECT_EQ(result, entry->second);
+  }
+  EXPECT_EQ(expected.size(), samples.size());
+  // Every bare-URI wrapper was resolved against the loopback copy of its target; no other
+  // request was made.
+  EXPECT_EQ(server.requestCount(), 1u);
+  EXPECT_EQ(server.requestsTo("/vast-3.0/Inline_Companion_Tag-test.xml").size(), 1u);
+}
+
+TEST(TNLVastSamples, ThePublishedWrapperMergesIntoItsInlineTarget) {
+  TNLTestServer server;
+  const auto samples = loadSamples();
+  const auto text = [&](const std::string& path) {
+    const auto found = std::find_if(samples.begin(), samples.end(),
+                                    [&](const Sample& sample) { return sample.path == path; });
+    return found == samples.end() ? std::string() : toLoopback(found->text, server);
+  };
+  const std::string inlineText = text("vast-3.0/Inline_Companion_Tag-test.xml");
+  const std::string wrapperText = text("vast-3.0/Wrapper_Tag-test.xml");
+  server.on("GET", "/vast-3.0/Inline_Companion_Tag-test.xml",
+            TNLTestServer::Response::xml(inlineText));
+
+  TNLVastRun run;
+  run.start(wrapperText);
+  ASSERT_TRUE(run.wait(1));
+  run.settle();
+  ASSERT_EQ(run.outcomes().size(), 1u);
+  ASSERT_TRUE(run.outcomes()[0].succeeded());
+  const auto result = TNL_XMLDocument::createWithXMLString(run.outcomes()[0].document, 0, nullptr);
+  const auto inlineDoc = TNL_XMLDocument::createWithXMLString(inlineText, 0, nullptr);
+  const auto wrapperDoc = TNL_XMLDocument::createWithXMLString(wrapperText, 0, nullptr);
+  ASSERT_TRUE(result && inlineDoc && wrapperDoc);
+  const auto count = [](const std::shared_ptr<TNL_XMLDocument>& doc, const std::string& xpath) {
+    return doc->nodesForXPath(xpath).value_or(TNL_XMLNode::Nodes{}).size();
+  };
+  // The wrapper's companion content lands in the inline ad's first Companion; its impression
+  // does not appear.
+  EXPECT_EQ(count(result, "(//Companion)[1]/*"),
+            count(inlineDoc, "(//Companion)[1]/*") + count(wrapperDoc, "//Companion/*"));
+  EXPECT_EQ(count(result, "//Impression"), count(inlineDoc, "//Impression"));
+}
+
+}  // namespace
