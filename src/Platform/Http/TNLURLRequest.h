@@ -11,7 +11,8 @@ struct TNLURLRequest {
   std::string method = "GET";
   std::optional<std::string> body;
 
-  // Parses `text` as an absolute or relative URL reference (RFC 3986 characters, well-formed
-  // percent escapes); nullopt when it is not one, as the platform's URL parser would refuse it.
+  // Reads `text` as a URL the way a browser reads an address: blanks and controls around it are
+  // dropped, tabs and line breaks inside it removed, and characters a URL cannot carry are
+  // percent-encoded. nullopt for an empty text or an authority that is not a host name.
   static std::optional<std::string> parseURL(const std::string& text);
 };
