@@ -1,0 +1,104 @@
+#include "TNLDemoCreatives.h"
+
+namespace {
+
+// The creative side of the bridge, shared by every page: the ZENKO object that receives the
+// library's statements, and the way back (a main-frame navigation to bridge://).
+constexpr char kBridgeScript[] = R"JS(
+  window.ZENKO = {
+    visible: false,
+    isAdVisible: function (visible) { ZENKO.visible = visible; status('visible: ' + visible); },
+    setVolume: function (volume) { status('volume ' + volume.toFixed(2)); },
+    onDeviceData: function () {}, scroll: function () {}, isScrollListenerSubscribed: function () {},
+    orientationDidChange: function () {}, onWebViewExpanded: function () {},
+    onWebViewCollapsed: function () {}
+  };
+  function status(text) { var s = document.getElementById('status'); if (s) s.textContent = text; }
+  function bridge(action) { window.location.href = 'bridge://' + action; }
+  // Plays for `seconds`, counting down on screen, then runs `done`.
+  function play(seconds, done) {
+    var left = seconds, bar = document.getElementById('progress');
+    var tick = setInterval(function () {
+      left -= 0.1;
+      if (bar) bar.style.width = Math.max(0, 100 * (1 - left / seconds)) + '%';
+      var c = document.getElementById('countdown');
+      if (c) c.textContent = Math.max(0, Math.ceil(left));
+      if (left <= 0) { clearInterval(tick); done(); }
+    }, 100);
+  }
+)JS";
+
+constexpr char kStyle[] = R"CSS(
+  html, body { margin: 0; height: 100%; font-family: sans-serif; color: #fff; overflow: hidden; }
+  .fill { position: absolute; inset: 0; display: flex; flex-direction: column;
+          align-items: center; justify-content: center; text-align: center; }
+  h1 { font-size: 34px; margin: 0 0 12px; } p { margin: 6px; font-size: 18px; }
+  .track { width: 60%; height: 8px; background: rgba(255,255,255,.3); border-radius: 4px; margin-top: 18px; }
+  #progress { width: 0; height: 100%; background: #fff; border-radius: 4px; }
+  #status { position: absolute; bottom: 10px; left: 0; right: 0; font-size: 12px; opacity: .7; }
+)CSS";
+
+std::string page(const std::string& style, const std::string& body, const std::string& script) {
+  return "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\">"
+         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"><style>" +
+         std::string(kStyle) + style + "</style></head><body>" + body + "<script>" + kBridgeScript +
+         script + "</script></body></html>\n";
+}
+
+}  // namespace
+
+namespace TNLDemoCreatives {
+
+std::string interstitialPage() {
+  return page("body { background: linear-gradient(135deg, #2b5876, #4e4376); }",
+              R"(<div class="fill"><h1 id="brand">Interstitial</h1><p id="headline"></p>
+                 <p>Closes in <span id="countdown">4</span> s</p>
+                 <div class="track"><div id="progress"></div></div></div><div id="status"></div>)",
+              R"JS(
+  window.receivePayload = function (ad) {
+    document.getElementById('brand').textContent = (ad.copy && ad.copy.brandName) || 'Tarnel';
+    document.getElementById('headline').textContent = (ad.copy && ad.copy.headline) || '';
+    play(4, function () { bridge('close'); });
+  };
+)JS");
+}
+
+std::string vastTemplatePage() {
+  return page(R"(body { background: #111; }
+                 video { width: 80%; max-height: 45%; background: #000; border-radius: 6px; })",
+              R"(<div class="fill" data-zone="^#zone#^" data-site="^#site#^">
+                 <h1 id="title">Video ad</h1><video id="video" src="^#video#^" autoplay muted playsinline></video>
+                 <p>Reward in <span id="countdown">4</span> s</p>
+                 <div class="track"><div id="progress"></div></div></div><div id="status"></div>
+                 <script type="application/xml" id="vast">^#xml_doc#^</script>)",
+              R"JS(
+  window.receivePayload = function () {
+    var vast = new DOMParser().parseFromString(document.getElementById('vast').textContent, 'application/xml');
+    var title = vast.getElementsByTagName('AdTitle')[0];
+    if (title) document.getElementById('title').textContent = title.textContent.trim();
+    // The clip plays when the platform can decode it; the ad runs its course either way.
+    document.getElementById('video').play().catch(function () {});
+    play(4, function () {
+      bridge('reward');
+      setTimeout(function () { bridge('close'); }, 400);
+    });
+  };
+)JS");
+}
+
+std::string bannerPage() {
+  return page(R"(body { background: linear-gradient(90deg, #ff7e5f, #feb47b); }
+                 .fill { flex-direction: row; gap: 12px; } h1 { font-size: 20px; margin: 0; }
+                 p { font-size: 14px; })",
+              R"(<div class="fill"><h1 id="brand">Banner</h1><p id="headline"></p>
+                 <p>(<span id="countdown">5</span>)</p></div>)",
+              R"JS(
+  window.receivePayload = function (ad) {
+    document.getElementById('brand').textContent = (ad.copy && ad.copy.brandName) || 'Tarnel';
+    document.getElementById('headline').textContent = (ad.copy && ad.copy.headline) || '';
+    play(5, function () { bridge('close'); });
+  };
+)JS");
+}
+
+}  // namespace TNLDemoCreatives

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+// The demo's creatives: HTML pages that receive their payload, play for a few seconds and close
+// themselves through the bridge. The rewarded one grants its reward before closing.
+namespace TNLDemoCreatives {
+
+// A full-screen HTML creative.
+std::string interstitialPage();
+// The template page into which VAST video ads are placed; the library fills its placeholders.
+std::string vastTemplatePage();
+// An inline banner creative.
+std::string bannerPage();
+
+}  // namespace TNLDemoCreatives

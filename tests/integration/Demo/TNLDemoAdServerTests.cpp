@@ -1,0 +1,128 @@
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <mutex>
+
+#include "Ads/BannerAds/TNLBannerAd.h"
+#include "Ads/FullScreenAds/TNLFSAd.h"
+#include "Ads/Macros/TNLMacros.h"
+#include "Ads/TNLAdClient.h"
+#include "TNLDemoAdServer.h"
+#include "TNLNetworkClient.h"
+#include "TarnelAd/TNLConstants.h"
+#include "TarnelAd/TNLSetup.h"
+#include "support/TNLTestDeviceFacts.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+template <class T>
+struct Result {
+  std::mutex mutex;
+  std::condition_variable done;
+  std::shared_ptr<T> value;
+  TNLErrorPtr error;
+  bool finished = false;
+
+  void set(std::shared_ptr<T> v, TNLErrorPtr e) {
+    std::lock_guard lock(mutex);
+    value = std::move(v);
+    error = std::move(e);
+    finished = true;
+    done.notify_all();
+  }
+  bool wait() {
+    std::unique_lock lock(mutex);
+    return done.wait_for(lock, 10s, [&] { return finished; });
+  }
+};
+
+class DemoAdServer : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    TNLSetup::setManifestBaseURL(server.baseURL());
+    TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+    TNLMacros::setValueInMacroDictionary("demo-app", TNL_APPID_MACRO);
+  }
+
+  std::shared_ptr<TNLFSAd> fullScreenAd(bool rewarded) {
+    Result<TNLFSAd> result;
+    TNLAdClient().getFSAdForZone(
+        "level-end", rewarded, [&](const auto& ad) { result.set(ad, nullptr); },
+        [&](const auto& error) { result.set(nullptr, error); });
+    EXPECT_TRUE(result.wait());
+    return result.value;
+  }
+
+  std::mutex eventsMutex;
+  std::vector<std::string> events;
+  TNLDemoAdServer server{"demo-app", [this](const std::string& event, const std::string&) {
+                           std::lock_guard lock(eventsMutex);
+                           events.push_back(event);
+                         }};
+};
+
+TEST_F(DemoAdServer, InterstitialsComeFromTheHTMLSourceAfterTheFailingOne) {
+  const auto ad = fullScreenAd(false);
+  ASSERT_NE(ad, nullptr);
+  EXPECT_FALSE(ad->isVast());
+  EXPECT_EQ(ad->creativeTag(), server.baseURL() + "/creatives/interstitial.html");
+  EXPECT_EQ(ad->adCopy()["brandName"], "Tarnel Demo");
+  EXPECT_EQ(ad->payload()["zone"], "level-end");
+}
+
+TEST_F(DemoAdServer, RewardedAdsAreVideoThroughTwoWrappersOnTheTemplatePage) {
+  const auto ad = fullScreenAd(true);
+  ASSERT_NE(ad, nullptr);
+  EXPECT_TRUE(ad->isVast());
+  EXPECT_EQ(ad->creativeTag(), server.baseURL() + "/creatives/vast-template.html");
+  EXPECT_EQ(ad->mediaFile(),
+            "https://iab-publicfiles.s3.amazonaws.com/vast/VAST-4.0-Short-Intro.mp4");
+  // Both wrappers' tracking events were merged under the inline ad's.
+  EXPECT_NE(ad->xml().find("complete=exchange"), std::string::npos);
+  EXPECT_NE(ad->xml().find("complete=network"), std::string::npos);
+  EXPECT_EQ(ad->xml().find('\n'), std::string::npos);
+
+  // The template page carries every placeholder that the library fills.
+  std::mutex mutex;
+  std::condition_variable done;
+  std::optional<std::string> page;
+  TNLNetworkClient::makeHTMLRequestWithURL(
+      *ad->creativeTag(), GET_METHOD,
+      [&](const std::optional<std::string>& text) {
+        std::lock_guard lock(mutex);
+        page = text.value_or("");
+        done.notify_all();
+      },
+      [](const TNLErrorPtr&) {});
+  std::unique_lock lock(mutex);
+  ASSERT_TRUE(done.wait_for(lock, 10s, [&] { return page.has_value(); }));
+  for (const char* placeholder : {"^#xml_doc#^", "^#zone#^", "^#site#^", "^#video#^"}) {
+    EXPECT_NE(page->find(placeholder), std::string::npos) << placeholder;
+  }
+}
+
+TEST_F(DemoAdServer, BannersAreHTMLAndTheManifestLoadIsMonitored) {
+  Result<TNLBannerAd> result;
+  TNLAdClient().getBannerAdForZone(
+      "home", [&](const auto& ad) { result.set(ad, nullptr); },
+      [&](const auto& error) { result.set(nullptr, error); });
+  ASSERT_TRUE(result.wait());
+  ASSERT_NE(result.value, nullptr);
+  EXPECT_EQ(result.value->creativeTag(), server.baseURL() + "/creatives/banner.html");
+
+  for (int i = 0; i < 200; ++i) {
+    {
+      std::lock_guard lock(eventsMutex);
+      if (!events.empty()) {
+        break;
+      }
+    }
+    std::this_thread::sleep_for(10ms);
+  }
+  std::lock_guard lock(eventsMutex);
+  EXPECT_EQ(events, (std::vector<std::string>{"OnManifestLoaded"}));
+}
+
+}  // namespace
