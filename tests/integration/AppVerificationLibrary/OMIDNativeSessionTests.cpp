@@ -8,6 +8,7 @@
 #include "AppVerificationLibrary/OMIDAdSession.h"
 #include "AppVerificationLibrary/OMIDAdSessionConfiguration.h"
 #include "AppVerificationLibrary/OMIDAdSessionContext.h"
+#include "AppVerificationLibrary/OMIDAdSessionRegistry.h"
 #include "AppVerificationLibrary/OMIDBridge.h"
 #include "AppVerificationLibrary/OMIDJSTimer.h"
 #include "AppVerificationLibrary/OMIDLightJSExecutor.h"
@@ -88,6 +89,9 @@ TEST(OMIDTarnelAdSession, ANativeSessionTalksToItsVerificationScriptsInTheScript
             "setDeviceVolume 1\n"
             "setState foregrounded\n"
             "finishSession");
+  // The registry lets go of the finished session (and so of its engine) on the main loop.
+  ASSERT_TRUE(TNLMainQueue::runUntil(
+      [] { return !OMIDTarnelAdSessionRegistry::getInstance()->isActive(); }));
 }
 
 }  // namespace
