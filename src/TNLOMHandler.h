@@ -48,8 +48,8 @@ class TNLOMHandler {
   std::shared_ptr<OMIDTarnelAdSession> sessionForWebView(const TNLWebView& webView) const;
   void removeSessionForKey(const std::string& key);
 
-  bool sdkStarted_ = false;
-  std::shared_ptr<OMIDTarnelPartner> partner_;
+  const bool sdkStarted_;
+  const std::shared_ptr<OMIDTarnelPartner> partner_;
   // The dictionaries are only touched briefly under the lock; the SDK is never called under it.
   mutable std::mutex mutex_;
   std::map<std::string, std::shared_ptr<OMIDTarnelAdSession>> omidSessions_;
