@@ -5,6 +5,7 @@
 #include "AppVerificationLibrary/OMIDError.h"
 #include "AppVerificationLibrary/OMIDSDK.h"
 #include "Platform/Foundation/TNLFormat.h"
+#include "TarnelAd/Toolkit/TNLWebView.h"
 
 namespace {
 
@@ -84,6 +85,33 @@ std::shared_ptr<OMIDTarnelAdSessionContext> OMIDTarnelAdSessionContext::create(
   return std::shared_ptr<OMIDTarnelAdSessionContext>(
       new OMIDTarnelAdSessionContext(partner, script, resources, customReferenceIdentifier,
                                      OMIDTarnelAdSessionContextType::Native));
+}
+
+std::shared_ptr<OMIDTarnelAdSessionContext> OMIDTarnelAdSessionContext::create(
+    const std::shared_ptr<OMIDTarnelPartner>& partner, const std::shared_ptr<TNLView>& webView,
+    const std::optional<std::string>& customReferenceIdentifier, TNLErrorPtr* error) {
+  if (!OMIDTarnelSDK::sharedInstance()->isActive()) {
+    OMIDTarnelError::setOMIDErrorFor(error, OMIDTarnelErrorNotActivated,
+                                     OMIDTarnelNotActivatedMessage);
+    return nullptr;
+  }
+  auto htmlView = std::dynamic_pointer_cast<TNLWebView>(webView);
+  if (htmlView == nullptr) {
+    OMIDTarnelError::setOMIDErrorFor(error, OMIDTarnelErrorInvalidWebView,
+                                     OMIDTarnelInvalidWebViewMessage);
+    return nullptr;
+  }
+  if (partner == nullptr) {
+    OMIDTarnelError::setOMIDErrorFor(error, OMIDTarnelErrorMissingPartner,
+                                     OMIDTarnelMissingPartnerMessage);
+    return nullptr;
+  }
+  if (!checkReferenceIdentifier(customReferenceIdentifier, error)) {
+    return nullptr;
+  }
+  return std::shared_ptr<OMIDTarnelAdSessionContext>(
+      new OMIDTarnelAdSessionContext(partner, "", {}, customReferenceIdentifier,
+                                     OMIDTarnelAdSessionContextType::HTML, std::move(htmlView)));
 }
 
 std::string OMIDTarnelAdSessionContext::typeString() const {

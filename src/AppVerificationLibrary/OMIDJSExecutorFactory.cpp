@@ -3,6 +3,8 @@
 #include "AppVerificationLibrary/OMIDAdSessionContext.h"
 #include "AppVerificationLibrary/OMIDJSNetworkBridge.h"
 #include "AppVerificationLibrary/OMIDLightJSExecutor.h"
+#include "AppVerificationLibrary/OMIDWKWebViewJSExecutor.h"
+#include "TarnelAd/Toolkit/TNLWebView.h"
 
 std::shared_ptr<OMIDTarnelJSExecutor> OMIDTarnelJSExecutorFactory::JSExecutorForContext(
     const std::shared_ptr<OMIDTarnelAdSessionContext>& context) {
@@ -13,8 +15,7 @@ std::shared_ptr<OMIDTarnelJSExecutor> OMIDTarnelJSExecutorFactory::JSExecutorFor
     case OMIDTarnelAdSessionContextType::Native:
       return JSExecutorWithResources(context->resources(), context->script());
     case OMIDTarnelAdSessionContextType::HTML:
-      // JSExecutorWithWebView(context->webView()) once web views exist.
-      return nullptr;
+      return JSExecutorWithWebView(context->webView());
   }
   return nullptr;
 }
@@ -27,4 +28,12 @@ std::shared_ptr<OMIDTarnelJSExecutor> OMIDTarnelJSExecutorFactory::JSExecutorWit
     executor->networkBridge()->injectJavaScriptFromURL(resource.url());
   }
   return executor;
+}
+
+std::shared_ptr<OMIDTarnelJSExecutor> OMIDTarnelJSExecutorFactory::JSExecutorWithWebView(
+    const std::shared_ptr<TNLView>& webView) {
+  if (auto webKitView = std::dynamic_pointer_cast<TNLWebView>(webView)) {
+    return std::make_shared<OMIDTarnelWKWebViewJSExecutor>(webKitView);
+  }
+  return nullptr;
 }

@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "AppVerificationLibrary/OMIDError.h"
+#include "AppVerificationLibrary/OMIDManager.h"
 #include "Platform/Foundation/TNLFormat.h"
 #include "Platform/Foundation/TNLJSON.h"
 #include "Platform/Foundation/TNLNoDestructor.h"
@@ -17,7 +18,7 @@ constexpr char kOMIDVersionSuffix[] = "Tarnel";
 // The once-per-process manager setup and whether it is due.
 struct ManagerSetup {
   std::mutex mutex;
-  std::function<void()> setup;
+  std::function<void()> setup = [] { OMIDTarnelManager::getInstance()->setup(); };
   bool activated = false;
   bool done = false;
 };

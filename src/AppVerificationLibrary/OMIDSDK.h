@@ -23,15 +23,15 @@ class OMIDTarnelSDK {
   static long majorVersionFrom(const std::string& version);
 
   // Activates the SDK when the API version is compatible; the first activation of the process
-  // also starts the view-state machinery (see setManagerSetup). An incompatible version fails with
+  // also sets up the view-state machinery (see setManagerSetup). An incompatible version fails with
   // code 1 and leaves the SDK as it was.
   bool activateWithOMIDAPIVersion(const std::string& version, TNLErrorPtr* error);
   bool isActive() const { return active_.load(); }
 
-  // Extension point for the view-tree manager, which needs the view toolkit: the operation that
-  // the first successful activation runs once per process (the manager's setup). Until one is
-  // installed activation starts nothing further; installing one after the SDK was activated runs
-  // it at once, so the order of set-up does not matter. It runs on the activating thread.
+  // What the first successful activation of the process runs once: by default the setup of the
+  // view-state machinery (OMIDTarnelManager). Replacing it before the first activation measures
+  // without that machinery (tools) or observes the once-only rule (tests); one installed after an
+  // activation that ran none runs at once. It runs on the activating thread.
   static void setManagerSetup(std::function<void()> setup);
 
  private:

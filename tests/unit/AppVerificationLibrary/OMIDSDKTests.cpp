@@ -4,6 +4,7 @@
 #include <thread>
 #include <vector>
 
+#include "AppVerificationLibrary/OMIDAdSession.h"
 #include "AppVerificationLibrary/OMIDAdSessionConfiguration.h"
 #include "AppVerificationLibrary/OMIDAdSessionContext.h"
 #include "AppVerificationLibrary/OMIDContext.h"
@@ -11,7 +12,11 @@
 #include "AppVerificationLibrary/OMIDError.h"
 #include "AppVerificationLibrary/OMIDPartner.h"
 #include "AppVerificationLibrary/OMIDSDK.h"
+#include "AppVerificationLibrary/OMIDTreeWalker.h"
+#include "Platform/Foundation/TNLMainQueue.h"
 #include "TarnelAd/TNLSetup.h"
+#include "TarnelAd/Toolkit/TNLWebView.h"
+#include "support/OMIDTestStatements.h"
 #include "support/TNLTestDeviceFacts.h"
 
 namespace {
@@ -96,7 +101,8 @@ TEST(OMIDTarnelSDK, ActivationRefusesOtherMajorVersionsAndRunsTheManagerSetupOnc
   OMIDTarnelSDK::setManagerSetup(nullptr);
 }
 
-TEST(OMIDTarnelSDK, AManagerSetupInstalledAfterActivationRunsAtOnce) {
+TEST(OMIDTarnelSDK, AManagerSetupInstalledAfterAnActivationThatRanNoneRunsAtOnce) {
+  OMIDTarnelSDK::setManagerSetup(nullptr);
   ASSERT_TRUE(
       OMIDTarnelSDK::sharedInstance()->activateWithOMIDAPIVersion(kIntegrationVersion, nullptr));
   int setups = 0;
@@ -106,6 +112,31 @@ TEST(OMIDTarnelSDK, AManagerSetupInstalledAfterActivationRunsAtOnce) {
       OMIDTarnelSDK::sharedInstance()->activateWithOMIDAPIVersion(kIntegrationVersion, nullptr));
   EXPECT_EQ(setups, 1);
   OMIDTarnelSDK::setManagerSetup(nullptr);
+}
+
+TEST(OMIDTarnelSDK, TheFirstActivationSetsUpTheViewStateManager) {
+  TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+  ASSERT_TRUE(
+      OMIDTarnelSDK::sharedInstance()->activateWithOMIDAPIVersion(kIntegrationVersion, nullptr));
+  int laterSetups = 0;
+  OMIDTarnelSDK::setManagerSetup([&] { ++laterSetups; });
+  EXPECT_EQ(laterSetups, 0);
+
+  // The manager follows the sessions: a started session is told the application state and the
+  // view tree is walked until it finishes.
+  const auto webView = TNLWebView::create({0, 0, 320, 50}, TNLWebViewConfiguration());
+  const auto session = OMIDTarnelAdSession::create(
+      OMIDTarnelAdSessionConfiguration::create(1, 3, false, nullptr),
+      OMIDTarnelAdSessionContext::create(OMIDTarnelPartner::create("Tarnel", "1.0.0.001"), webView,
+                                         std::nullopt, nullptr),
+      nullptr);
+  session->start();
+  ASSERT_TRUE(
+      TNLMainQueue::runUntil([&] { return OMIDTestStatements::count(webView, "setState"); }));
+  EXPECT_TRUE(OMIDTarnelTreeWalker::getInstance()->isRunning());
+  session->finish();
+  ASSERT_TRUE(
+      TNLMainQueue::runUntil([] { return !OMIDTarnelTreeWalker::getInstance()->isRunning(); }));
 }
 
 TEST(OMIDTarnelSDK, PartnerAndConfiguration) {

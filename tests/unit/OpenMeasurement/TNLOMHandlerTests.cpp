@@ -1,0 +1,186 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include "AppVerificationLibrary/OMIDAdSession.h"
+#include "AppVerificationLibrary/OMIDAdSessionConfiguration.h"
+#include "AppVerificationLibrary/OMIDAdSessionContext.h"
+#include "AppVerificationLibrary/OMIDAdSessionRegistry.h"
+#include "AppVerificationLibrary/OMIDPartner.h"
+#include "AppVerificationLibrary/OMIDSDK.h"
+#include "Platform/Foundation/TNLFormat.h"
+#include "Platform/Foundation/TNLMainQueue.h"
+#include "TNLLog.h"
+#include "TNLOMHandler.h"
+#include "TarnelAd/TNLSetup.h"
+#include "TarnelAd/Toolkit/TNLWebView.h"
+#include "support/OMIDTestStatements.h"
+#include "support/TNLLogCapture.h"
+#include "support/TNLTestDeviceFacts.h"
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+namespace statements = OMIDTestStatements;
+
+namespace {
+
+// An ad web view as the library makes them: a subclass that is also something else, so that the
+// web view part does not start at the object's address.
+class Listener {
+ public:
+  virtual ~Listener() = default;
+  virtual void listen() {}
+  int listened = 0;
+};
+
+class AdWebView : public Listener, public TNLWebView {
+ public:
+  AdWebView() : TNLWebView({0, 0, 320, 50}, TNLWebViewConfiguration()) {}
+  std::string className() const override { return "AdWebView"; }
+  std::string address() const { return TNLFormat("%p", TNLPointer(this)); }
+};
+
+class TNLOMHandlerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+    TNLLog::sharedLogger()->setShowLogs(true);
+  }
+
+  std::shared_ptr<TNLOMHandler> handler_ = TNLOMHandler::sharedHandler();
+  TNLLogCapture log_;
+};
+
+TEST_F(TNLOMHandlerTest, ActivatesOnceAndOpensOneSessionPerOptedInWebView) {
+  EXPECT_EQ(TNLOMHandler::sharedHandler(), handler_);
+  EXPECT_TRUE(handler_->sdkStarted());
+  EXPECT_TRUE(OMIDTarnelSDK::sharedInstance()->isActive());
+  ASSERT_NE(handler_->partner(), nullptr);
+  EXPECT_EQ(handler_->partner()->name(), "Tarnel");
+  EXPECT_EQ(handler_->partner()->versionString(), "1.0.0.001");
+
+  // Filed under the whole object's address, as the ad web view prints it.
+  const auto display = std::make_shared<AdWebView>();
+  const std::string key = display->address();
+  EXPECT_NE(key, TNLFormat("%p", TNLPointer(static_cast<TNLWebView*>(display.get()))));
+  EXPECT_EQ(TNLOMHandler::addressForWebView(*display), key);
+
+  handler_->createOMIDSessionForWebView(display, "display");
+  handler_->createOMIDSessionForWebView(display, "display");
+  handler_->createOMIDSessionForWebView(display, "video");
+  ASSERT_EQ(handler_->omidSessions().size(), 1u);
+  ASSERT_EQ(handler_->webviews().size(), 1u);
+  const auto session = handler_->omidSessions().at(key);
+  EXPECT_EQ(handler_->webviews().at(key), display);
+  EXPECT_EQ(session->mainAdView(), display);
+  EXPECT_EQ(session->context()->webView(), display);
+  EXPECT_EQ(session->context()->customReferenceIdentifier(), std::optional<std::string>(""));
+  ASSERT_TRUE(statements::waitFor(display, "startSession"));
+  ASSERT_TRUE(TNLMainQueue::runUntil(
+      [] { return OMIDTarnelAdSessionRegistry::getInstance()->isActive(); }));
+  EXPECT_EQ(statements::names(display)[0], "init");
+  EXPECT_EQ(
+      statements::calls(display, "init"),
+      std::vector<std::string>{
+          R"(init({"impressionOwner":"javascript","videoEventsOwner":"none","isolateVerificationScripts":false}))"});
+  EXPECT_NE(statements::calls(display, "startSession")[0].find(R"("customReferenceData":"")"),
+            std::string::npos);
+
+  // Video: the scripts own the video events and run isolated.
+  const auto video = std::make_shared<AdWebView>();
+  handler_->createOMIDSessionForWebView(video, "video");
+  ASSERT_TRUE(statements::waitFor(video, "init"));
+  EXPECT_EQ(
+      statements::calls(video, "init"),
+      std::vector<std::string>{
+          R"(init({"impressionOwner":"javascript","videoEventsOwner":"javascript","isolateVerificationScripts":true}))"});
+
+  // Any other word opens nothing and says nothing.
+  const auto other = std::make_shared<AdWebView>();
+  for (const std::string word : {"", "Display", "banner", "display "}) {
+    handler_->createOMIDSessionForWebView(other, word);
+  }
+  handler_->createOMIDSessionForWebView(nullptr, "banner");
+  TNLMainQueue::runFor(100ms);
+  EXPECT_EQ(handler_->omidSessions().size(), 2u);
+  EXPECT_TRUE(statements::statements(other).empty());
+  EXPECT_TRUE(log_.lines().empty());
+
+  // A session the SDK refuses (no web view) cannot be filed: reported by the catch-all.
+  handler_->createOMIDSessionForWebView(nullptr, "display");
+  EXPECT_EQ(handler_->omidSessions().size(), 2u);
+  EXPECT_EQ(log_.count("Failed to create OMID session due to exception: "), 1u);
+}
+
+TEST_F(TNLOMHandlerTest, TheNativeImpressionIsDeclinedWithoutATrace) {
+  const auto webView = std::make_shared<AdWebView>();
+  handler_->sendImpressionEventForWebView(webView);  // no session yet: nothing
+  handler_->sendImpressionEventForWebView(nullptr);
+  handler_->createOMIDSessionForWebView(webView, "display");
+  ASSERT_TRUE(statements::waitFor(webView, "setState"));
+  TNLMainQueue::runFor(100ms);
+  const size_t published = statements::statements(webView).size();
+
+  // The first call's ad events object is refused the impression (1503); later calls cannot even
+  // make one (1505). Neither publishes nor logs.
+  handler_->sendImpressionEventForWebView(webView);
+  handler_->sendImpressionEventForWebView(webView);
+  TNLMainQueue::runFor(300ms);
+  EXPECT_EQ(statements::count(webView, "publishImpressionEvent"), 0u);
+  EXPECT_EQ(statements::statements(webView).size(), published);
+  EXPECT_TRUE(log_.lines().empty());
+}
+
+TEST_F(TNLOMHandlerTest, DestroyFinishesAtOnceAndForgetsTheSessionASecondLater) {
+  const auto webView = std::make_shared<AdWebView>();
+  const std::string key = webView->address();
+  handler_->destroyOMIDSessionForWebView(webView);  // unknown: nothing
+  handler_->destroyOMIDSessionForWebView(nullptr);
+  handler_->createOMIDSessionForWebView(webView, "display");
+  const auto session = handler_->omidSessions().at(key);
+
+  const auto destroyed = Clock::now();
+  handler_->destroyOMIDSessionForWebView(webView);
+  ASSERT_TRUE(statements::waitFor(webView, "finishSession"));
+  // Still filed during the second: a second destroy finishes nothing more, an impression is
+  // declined like any other.
+  handler_->destroyOMIDSessionForWebView(webView);
+  handler_->sendImpressionEventForWebView(webView);
+  handler_->createOMIDSessionForWebView(webView, "display");
+  EXPECT_EQ(handler_->omidSessions().at(key), session);
+  TNLMainQueue::runUntil([&] { return Clock::now() - destroyed >= 900ms; });
+  EXPECT_EQ(handler_->omidSessions().count(key), 1u);
+  EXPECT_EQ(handler_->webviews().count(key), 1u);
+
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return handler_->omidSessions().empty(); }, 2s));
+  EXPECT_GE(Clock::now() - destroyed, 1000ms);
+  EXPECT_TRUE(handler_->webviews().empty());
+  EXPECT_FALSE(OMIDTarnelAdSessionRegistry::getInstance()->isActive());
+  TNLMainQueue::runFor(300ms);
+  EXPECT_EQ(statements::count(webView, "finishSession"), 1u);
+  EXPECT_EQ(statements::count(webView, "publishImpressionEvent"), 0u);
+  EXPECT_TRUE(log_.lines().empty());
+
+  // Once forgotten, the web view may opt in again: a new session.
+  handler_->createOMIDSessionForWebView(webView, "display");
+  ASSERT_EQ(handler_->omidSessions().size(), 1u);
+  EXPECT_NE(handler_->omidSessions().at(key), session);
+  EXPECT_EQ(session.use_count(), 1);  // only this test holds the finished one
+}
+
+TEST_F(TNLOMHandlerTest, TheHandlerKeepsTheWebViewAliveWhileItsSessionIsOpen) {
+  auto webView = std::make_shared<AdWebView>();
+  const std::weak_ptr<AdWebView> weakView = webView;
+  handler_->createOMIDSessionForWebView(webView, "video");
+  const auto session = handler_->omidSessions().begin()->second;
+  webView.reset();
+  ASSERT_NE(weakView.lock(), nullptr);
+  handler_->destroyOMIDSessionForWebView(weakView.lock());
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return weakView.expired(); }, 3s));
+  EXPECT_TRUE(handler_->omidSessions().empty());
+  EXPECT_EQ(session->mainAdView(), nullptr);
+}
+
+}  // namespace
