@@ -128,4 +128,3 @@ BENCHMARK(BM_TreeWalk)
 
 }  // namespace
 
-BENCHMARK_MAIN();
