@@ -52,6 +52,13 @@ void TNLMacros::setValueInMacroDictionary(const std::optional<std::string>& valu
   }
 }
 
+void TNLMacros::setValue(const std::optional<std::string>& /*value*/, const std::string& key) {
+  throw TNLException(TNLUndefinedKeyException,
+                     TNLFormat("[<TNLMacros %p> setValue:forUndefinedKey:]: this class is not key "
+                               "value coding-compliant for the key %@.",
+                               TNLPointer(this), key));
+}
+
 TNLMacros::TNLMacros() {
   try {
     const auto device = TNLDeviceInfo::sharedInstance();

@@ -24,6 +24,11 @@ class TNLMacros {
 
   TNLMacros();
 
+  // Key-value coding: assigns the object's attribute named `key`. The table's values are not
+  // attributes (setValueInMacroDictionary writes those), and no attribute of the object takes a
+  // string, so every key is undefined here: raises TNLException (TNLUndefinedKeyException).
+  void setValue(const std::optional<std::string>& value, const std::string& key);
+
   // Null until construction has finished successfully.
   std::shared_ptr<const TNLMacroDict> macroDict() const;
   void setMacroDict(std::shared_ptr<TNLMacroDict> macroDict);

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+// A configuration that a hosting component has already fetched for the application: the manifest
+// JSON object.
+class TNLAdConfiguration {
+ public:
+  explicit TNLAdConfiguration(nlohmann::ordered_json jsonData) : jsonData_(std::move(jsonData)) {}
+
+  const nlohmann::ordered_json& jsonData() const { return jsonData_; }
+
+ private:
+  nlohmann::ordered_json jsonData_;
+};

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+
+#include "TarnelAd/TNLTarnelContext.h"
+
+// The entry of a hosting component (TNLTarnelContext) that has fetched the configuration itself.
+//   TNLHandler::sharedHandler()->initializeWithTarnelContext(context);
+//   ... the context has its configuration ...
+//   TNLHandler::sharedHandler()->onDidFetchConfiguration();
+class TNLHandler {
+ public:
+  static std::shared_ptr<TNLHandler> sharedHandler();
+
+  // Stores the context on the shared handler; fetches nothing.
+  void initializeWithTarnelContext(std::shared_ptr<TNLTarnelContext> context);
+
+  // Takes the shared handler's context (whichever handler receives the call): its application ID
+  // is assigned to the macro table object's attribute named "%APP_ID%", which the table does not
+  // have, so the call raises TNLException (name TNLUndefinedKeyException, "NSUnknownKeyException")
+  // to its caller before the configuration is read. The configuration is therefore never
+  // installed through this path; hosts register with the facades' set...Delegate calls instead.
+  void onDidFetchConfiguration();
+
+  std::shared_ptr<TNLTarnelContext> context() const;
+  void setContext(std::shared_ptr<TNLTarnelContext> context);
+
+ private:
+  mutable std::mutex mutex_;
+  std::shared_ptr<TNLTarnelContext> context_;
+};

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "TarnelAd/TNLRewardedAdDelegate.h"
+
+// Rewarded full-screen ads: the same shape as TNLInterstitialAd, and the delegate also hears
+// when the reward is earned.
+//   TNLRewardedAd::setRewardedAdDelegate(screen, "my-app-id");
+//   TNLRewardedAd::loadRewardedAdForZone("extra-life");
+//   ... onRewardedAdReadyForZone("extra-life") ...
+//   TNLRewardedAd::showRewardedAdForZone("extra-life");
+//
+// Zones: pass std::nullopt for "no zone"; it is treated as the zone "" (never rejected).
+//
+// One zone holds one loaded full-screen ad of either type: loading a zone that already holds an
+// interstitial answers the interstitial delegate, and showing a zone with nothing loaded is
+// reported to the interstitial delegate, not to this one.
+class TNLRewardedAd {
+ public:
+  // As TNLInterstitialAd::setInterstitialAdDelegate, for rewarded ads.
+  static void setRewardedAdDelegate(std::shared_ptr<TNLRewardedAdDelegate> delegate,
+                                    const std::optional<std::string>& appID);
+  static void loadRewardedAdForZone(const std::optional<std::string>& zone);
+  // `markup` is an ad response body the host obtained; std::nullopt requests from the network.
+  static void loadRewardedAdForZone(const std::optional<std::string>& zone,
+                                    const std::optional<std::string>& markup);
+  static void showRewardedAdForZone(const std::optional<std::string>& zone);
+  // The same switch as TNLInterstitialAd::showTNLLogs.
+  static void showTNLLogs(bool show);
+
+  static std::shared_ptr<TNLRewardedAd> sharedInstance();
+
+  std::shared_ptr<TNLRewardedAdDelegate> delegate() const;
+  void setDelegate(std::shared_ptr<TNLRewardedAdDelegate> delegate);
+
+  // The full-screen handler's callbacks, passed on to the delegate.
+  void onFSAdReadyForZone(const std::string& zone) const;
+  void onFSAdFailedForZone(const std::string& zone) const;
+  void onFSAdClosedForZone(const std::string& zone) const;
+  void onFSAdRewardedForZone(const std::string& zone) const;
+
+  virtual ~TNLRewardedAd() = default;
+  TNLRewardedAd(const TNLRewardedAd&) = delete;
+  TNLRewardedAd& operator=(const TNLRewardedAd&) = delete;
+
+ protected:
+  TNLRewardedAd() = default;
+
+ private:
+  mutable std::mutex mutex_;
+  std::shared_ptr<TNLRewardedAdDelegate> delegate_;
+};

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "TarnelAd/TNLAdConfiguration.h"
+
+// A hosting component that owns the application's identity and fetches its configuration, and
+// hands both to the library through TNLHandler.
+class TNLTarnelContext {
+ public:
+  virtual ~TNLTarnelContext() = default;
+
+  virtual std::string applicationID() const = 0;
+  // Null while the component has no configuration.
+  virtual std::shared_ptr<const TNLAdConfiguration> adConfiguration() const = 0;
+};

@@ -1,0 +1,455 @@
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "Ads/FullScreenAds/TNLFSAd.h"
+#include "Ads/FullScreenAds/TNLFSAdHandler.h"
+#include "Ads/FullScreenAds/TNLFSAdViewController.h"
+#include "Ads/TNLAdWebView.h"
+#include "Manifest/TNLManifestHandler.h"
+#include "Platform/Foundation/TNLJSON.h"
+#include "Platform/Foundation/TNLMainQueue.h"
+#include "Platform/Foundation/TNLStrings.h"
+#include "Platform/Http/TNLHttpSession.h"
+#include "Platform/Toolkit/Headless/TNLHeadlessWebEngine.h"
+#include "TarnelAd/TarnelAd.h"
+#include "support/TNLLogCapture.h"
+#include "support/TNLTestAdService.h"
+
+using namespace std::chrono_literals;
+using Response = TNLTestServer::Response;
+using Calls = std::vector<std::string>;
+using Target = TNLHeadlessWebEngine::Target;
+
+namespace {
+
+// Trackers are sent and forgotten, each on a connection of its own, so two sent close together
+// may reach the endpoint in either order. Ads and pages answer after this delay, so that the event
+// sent before a request has arrived when the next one is sent.
+constexpr auto kContentDelay = 100ms;
+
+constexpr char kCreativePage[] = "<html><body><script>/* creative */</script></body></html>";
+constexpr char kInterstitialLine[] =
+    "Need to set delegate for TNLInterstitialAd using + (void)setInterstitialAdDelegate:"
+    "(UIViewController<TNLRewardedAdDelegate> *)delegate appID:(NSString *)appID before loading "
+    "ad!";
+constexpr char kRewardedLine[] =
+    "Need to set delegate for TNLRewardedAd using + (void)setRewardedAdDelegate:"
+    "(UIViewController<TNLRewardedAdDelegate> *)delegate appID:(NSString *)appID before loading "
+    "ad!";
+
+// The host application's screen: the view controller ads are presented from, and the delegate
+// of both ad types. Every callback is noted with the thread it came on.
+class GameScreen : public TNLViewController,
+                   public TNLInterstitialAdDelegate,
+                   public TNLRewardedAdDelegate {
+ public:
+  void onInterstitialAdReadyForZone(const std::string& zone) override {
+    note("interstitial ready " + zone);
+  }
+  void onInterstitialAdFailedForZone(const std::string& zone) override {
+    note("interstitial failed " + zone);
+  }
+  void onInterstitialAdClosedForZone(const std::string& zone) override {
+    note("interstitial closed " + zone);
+  }
+  void onRewardedAdReadyForZone(const std::string& zone) override {
+    note("rewarded ready " + zone);
+  }
+  void onRewardedAdFailedForZone(const std::string& zone) override {
+    note("rewarded failed " + zone);
+  }
+  void onRewardedAdClosedForZone(const std::string& zone) override {
+    note("rewarded closed " + zone);
+  }
+  void onRewardedAdRewardedForZone(const std::string& zone) override {
+    note("rewarded reward " + zone);
+  }
+  void viewDidAppear(bool) override { ++appeared; }
+  void viewDidDisappear(bool) override { ++disappeared; }
+
+  Calls calls() const {
+    std::lock_guard lock(mutex_);
+    return calls_;
+  }
+  // Runs the main loop until `count` callbacks have come.
+  bool waitForCalls(size_t count) const {
+    return TNLMainQueue::runUntil([&] { return calls().size() >= count; });
+  }
+
+  int appeared = 0;
+  int disappeared = 0;
+
+ private:
+  void note(const std::string& call) {
+    const char* thread = TNLHttpSession::sharedSession()->isSessionThread() ? " @http"
+                         : TNLMainQueue::isMainThread()                     ? " @main"
+                                                                            : " @other";
+    std::lock_guard lock(mutex_);
+    calls_.push_back(call + thread);
+  }
+
+  mutable std::mutex mutex_;
+  Calls calls_;
+};
+
+class FullScreenAds : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    service.install();
+    window->setRootViewController(screen);
+    window->makeKeyAndVisible();
+    server.on("GET", "/creative.html",
+              Response(200, kCreativePage, "text/html").after(kContentDelay));
+  }
+
+  std::string adJSON() const {
+    return TNLJSON::serialize({{"sdkType", "html"},
+                               {"creative_tag", server.url("/creative.html")},
+                               {"copy", {{"brandName", "Acme"}}},
+                               {"payload", {{"level", 3}}}});
+  }
+
+  // Fetches the manifest before the first load, as an earlier load in the session would have,
+  // so that the trackers are set up when the load starts.
+  void warmUp() {
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool done = false;
+    TNLManifestHandler::retrieveManifestWithSuccess(
+        [&](const auto&) {
+          std::lock_guard lock(mutex);
+          done = true;
+          changed.notify_all();
+        },
+        [](const auto&) {});
+    std::unique_lock lock(mutex);
+    ASSERT_TRUE(changed.wait_for(lock, 10s, [&] { return done; }));
+    ASSERT_TRUE(service.waitForEvents(1));
+  }
+
+  std::shared_ptr<TNLFSAd> stored(const std::string& zone) const {
+    const auto ads = TNLFSAdHandler::sharedHandler()->loadedAds();
+    const auto found = ads.find(zone);
+    return found == ads.end() ? nullptr : found->second;
+  }
+
+  // Waits until the shown ad covers the screen and its page is loaded; returns its web view.
+  std::shared_ptr<TNLAdWebView> waitForShownAd(int presentations = 1) {
+    std::shared_ptr<TNLAdWebView> webView;
+    EXPECT_TRUE(TNLMainQueue::runUntil([&] {
+      const auto controller =
+          std::dynamic_pointer_cast<TNLFSAdViewController>(screen->presentedViewController());
+      webView = controller ? controller->loadedWebView() : nullptr;
+      return screen->disappeared == presentations && webView && webView->loadedAd();
+    }));
+    return webView;
+  }
+
+  // Plays the creative of the shown ad: its page loads, it grants the reward and closes. Checks
+  // what the page received and that the zone is forgotten.
+  void playCreative(const std::shared_ptr<TNLAdWebView>& webView, const std::string& zone) {
+    const auto engine = TNLHeadlessWebEngine::of(webView);
+    ASSERT_EQ(engine->playPageLoad(), TNLNavigationActionPolicy::allow);
+    const std::string payload = TNLJSON::serialize(webView->loadedAd()->fullAd(), true);
+    EXPECT_EQ(engine->evaluatedStatements(),
+              (Calls{"ZENKO.isAdVisible(true)", "receivePayload(" + payload + ")",
+                     "ZENKO.setVolume(1.000000)"}));
+
+    EXPECT_EQ(engine->deliverNavigationAction("bridge://reward", Target::mainFrame),
+              TNLNavigationActionPolicy::cancel);
+    ASSERT_TRUE(service.waitForEvents(6));
+    EXPECT_NE(stored(zone), nullptr) << "kept until closed";
+
+    const int appearedBefore = screen->appeared;
+    engine->deliverNavigationAction("bridge://close", Target::mainFrame);
+    EXPECT_EQ(stored(zone), nullptr);
+    ASSERT_TRUE(TNLMainQueue::runUntil([&] { return screen->appeared == appearedBefore + 1; }));
+    EXPECT_EQ(screen->presentedViewController(), nullptr);
+    ASSERT_TRUE(service.waitForEvents(7));
+  }
+
+  static Calls lifecycle() {
+    return {TNL_MANIFESTLOADED_TRACKER, TNL_ADREQUESTED_TRACKER, TNL_ADRETURNED_TRACKER,
+            TNL_ADREADY_TRACKER,        TNL_ADSHOWING_TRACKER,   TNL_ADREWARDED_TRACKER,
+            TNL_ADCLOSED_TRACKER};
+  }
+  static Calls firstEvents(size_t count) {
+    const Calls all = lifecycle();
+    return Calls(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(count));
+  }
+
+  TNLTestAdService service;
+  TNLTestServer& server = service.server;
+  std::shared_ptr<TNLWindow> window = TNLWindow::create();
+  std::shared_ptr<GameScreen> screen = std::make_shared<GameScreen>();
+};
+
+TEST_F(FullScreenAds, ARewardedAdFromTheDemandSourcesRunsFromLoadToClose) {
+  service.publishManifest({{0, "/ads"}});
+  server.on("GET", "/ads", Response::json(adJSON()).after(kContentDelay));
+  warmUp();
+
+  TNLRewardedAd::setRewardedAdDelegate(screen, "APP1");
+  TNLRewardedAd::loadRewardedAdForZone("Z");
+  ASSERT_TRUE(screen->waitForCalls(1));
+  EXPECT_EQ(screen->calls(), Calls{"rewarded ready Z @http"});
+  EXPECT_EQ(service.queriesTo("/ads"), Calls{"z=Z&p=2"});
+  ASSERT_TRUE(service.waitForEvents(4));
+  EXPECT_EQ(service.events(), firstEvents(4));
+
+  const auto ad = stored("Z");
+  ASSERT_NE(ad, nullptr);
+  EXPECT_TRUE(ad->rewarded());
+  EXPECT_EQ(ad->zone(), "Z");
+  EXPECT_EQ(ad->html(), kCreativePage);
+  EXPECT_EQ(ad->fullAd()["sdkName"], "Tarnel-1.0");
+
+  TNLRewardedAd::showRewardedAdForZone("Z");
+  ASSERT_TRUE(service.waitForEvents(5));
+  const auto webView = waitForShownAd();
+  ASSERT_NE(webView, nullptr);
+  EXPECT_EQ(webView->loadedAd(), ad);
+  const auto engine = TNLHeadlessWebEngine::of(webView);
+  EXPECT_EQ(engine->html(), kCreativePage);
+  EXPECT_EQ(engine->baseURL(), server.url("/creative.html"));
+
+  playCreative(webView, "Z");
+  EXPECT_EQ(screen->calls(), (Calls{"rewarded ready Z @http", "rewarded reward Z @main",
+                                    "rewarded closed Z @main"}));
+  EXPECT_EQ(service.events(), lifecycle());
+}
+
+TEST_F(FullScreenAds, HostMarkupTakesThePlaceOfTheDemandSources) {
+  service.publishManifest({{0, "/ads"}});
+  warmUp();
+
+  TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
+  TNLInterstitialAd::loadInterstitialAdForZone("M", adJSON());
+  ASSERT_TRUE(screen->waitForCalls(1));
+  EXPECT_EQ(screen->calls(), Calls{"interstitial ready M @http"});
+  EXPECT_TRUE(service.queriesTo("/ads").empty());
+  const auto ad = stored("M");
+  ASSERT_NE(ad, nullptr);
+  EXPECT_FALSE(ad->rewarded());
+  EXPECT_EQ(ad->adCopy()["brandName"], "Acme");
+  ASSERT_TRUE(service.waitForEvents(4));
+
+  TNLInterstitialAd::showInterstitialAdForZone("M");
+  ASSERT_TRUE(service.waitForEvents(5));
+  const auto webView = waitForShownAd();
+  ASSERT_NE(webView, nullptr);
+  EXPECT_EQ(TNLHeadlessWebEngine::of(webView)->baseURL(), server.url("/creative.html"));
+
+  // An interstitial's creative may still grant a reward: the event is sent, and only a rewarded
+  // delegate would hear of it.
+  playCreative(webView, "M");
+  EXPECT_EQ(screen->calls(), (Calls{"interstitial ready M @http", "interstitial closed M @main"}));
+  // Markup needs no request, so "OnAdRequested" and "OnAdReturned" leave together and the
+  // endpoint may take either first.
+  Calls events = service.events();
+  ASSERT_EQ(events.size(), 7u);
+  if (events[1] == TNL_ADRETURNED_TRACKER) {
+    std::swap(events[1], events[2]);
+  }
+  EXPECT_EQ(events, lifecycle());
+}
+
+TEST_F(FullScreenAds, AVASTAdPlaysInTheTemplateWithItsDocumentAndMediaFile) {
+  service.publishManifest({{0, "/vast"}});
+  server.on("GET", "/vast",
+            Response::xml(R"(<VAST version="3.0"><Ad id="7"><InLine><AdSystem>T</AdSystem>)"
+                          R"(<AdTitle>t</AdTitle><Creatives><Creative><Linear>)"
+                          R"(<Duration>00:00:05</Duration><MediaFiles>)"
+                          R"(<MediaFile type="video/mp4" delivery="progressive" width="640" )"
+                          "height=\"360\">\n   http://127.0.0.1/v.mp4 \n</MediaFile>"
+                          R"(</MediaFiles></Linear></Creative></Creatives></InLine></Ad></VAST>)")
+                .after(kContentDelay));
+  server.on("GET", TNLTestAdService::kTemplatePath,
+            Response(200,
+                     "<html><script>var doc = `^#xml_doc#^`; var where = '^#zone#^/^#site#^';"
+                     "</script><video src=\"^#video#^\"></video><!-- ^#zone#^ ^#site#^ --></html>",
+                     "text/html")
+                .after(kContentDelay));
+  warmUp();
+
+  TNLRewardedAd::setRewardedAdDelegate(screen, "APP1");
+  TNLRewardedAd::loadRewardedAdForZone("V");
+  ASSERT_TRUE(screen->waitForCalls(1));
+  EXPECT_EQ(screen->calls(), Calls{"rewarded ready V @http"});
+  const auto ad = stored("V");
+  ASSERT_NE(ad, nullptr);
+  ASSERT_TRUE(ad->isVast());
+  ASSERT_NE(ad->xml().find("<VAST"), std::string::npos);
+  EXPECT_EQ(ad->html(), "<html><script>var doc = `" + ad->xml() +
+                            "`; var where = 'zone/site';</script><video "
+                            "src=\"http://127.0.0.1/v.mp4\"></video><!-- zone site --></html>");
+  ASSERT_TRUE(service.waitForEvents(4));
+  EXPECT_EQ(service.events(), firstEvents(4));
+
+  TNLRewardedAd::showRewardedAdForZone("V");
+  ASSERT_TRUE(service.waitForEvents(5));
+  const auto webView = waitForShownAd();
+  ASSERT_NE(webView, nullptr);
+  const auto engine = TNLHeadlessWebEngine::of(webView);
+  EXPECT_EQ(engine->html(), ad->html());
+  EXPECT_EQ(engine->baseURL(), server.url(TNLTestAdService::kTemplatePath));
+  // A VAST ad's complete record holds only the SDK variables.
+  ASSERT_EQ(ad->fullAd().size(), 1u);
+  EXPECT_EQ(ad->fullAd()["sdkVars"]["app_id"], "APP1");
+
+  playCreative(webView, "V");
+  EXPECT_EQ(screen->calls(), (Calls{"rewarded ready V @http", "rewarded reward V @main",
+                                    "rewarded closed V @main"}));
+  EXPECT_EQ(service.events(), lifecycle());
+}
+
+TEST_F(FullScreenAds, WithoutADelegateOfItsTypeAnOperationOnlyPrintsItsLine) {
+  TNLLogCapture capture;
+  service.publishManifest({{0, "/ads"}});
+  server.on("GET", "/ads", Response::json(adJSON()).after(kContentDelay));
+  const auto exactly = [&](const std::string& line) {
+    size_t n = 0;
+    for (const auto& logged : capture.lines()) {
+      n += TNLStrings::hasSuffix(logged, line) ? 1 : 0;
+    }
+    return n;
+  };
+
+  TNLInterstitialAd::loadInterstitialAdForZone("Z");
+  TNLInterstitialAd::showInterstitialAdForZone("Z");
+  TNLRewardedAd::loadRewardedAdForZone("Z", adJSON());
+  TNLRewardedAd::showRewardedAdForZone("Z");
+  EXPECT_EQ(exactly(kInterstitialLine), 2u);
+  EXPECT_EQ(exactly(kRewardedLine), 2u);
+
+  // Registering one type does not open the other.
+  TNLRewardedAd::setRewardedAdDelegate(screen, "APP1");
+  TNLInterstitialAd::loadInterstitialAdForZone("Z");
+  EXPECT_EQ(exactly(kInterstitialLine), 3u);
+  TNLMainQueue::runFor(100ms);
+  EXPECT_TRUE(screen->calls().empty());
+  EXPECT_EQ(server.requestCount(), 0u);
+
+  TNLRewardedAd::loadRewardedAdForZone("Z");
+  ASSERT_TRUE(screen->waitForCalls(1));
+  EXPECT_EQ(screen->calls(), Calls{"rewarded ready Z @http"});
+  EXPECT_EQ(exactly(kRewardedLine), 2u);
+}
+
+TEST_F(FullScreenAds, ALoadedZoneAnswersAtOnceForTheTypeItWasLoadedAs) {
+  service.publishManifest({{0, "/ads"}});
+  server.on("GET", "/ads", Response::json(adJSON()).after(kContentDelay));
+  warmUp();
+  TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
+  TNLRewardedAd::setRewardedAdDelegate(screen, "APP1");
+
+  TNLRewardedAd::loadRewardedAdForZone("Z");
+  ASSERT_TRUE(screen->waitForCalls(1));
+  ASSERT_TRUE(service.waitForEvents(4));
+
+  // Again, and as an interstitial: the stored rewarded ad answers, synchronously, to the
+  // rewarded delegate, without a request or an event.
+  TNLRewardedAd::loadRewardedAdForZone("Z");
+  TNLInterstitialAd::loadInterstitialAdForZone("Z");
+  EXPECT_EQ(screen->calls(),
+            (Calls{"rewarded ready Z @http", "rewarded ready Z @main", "rewarded ready Z @main"}));
+
+  // No zone is the zone "".
+  TNLInterstitialAd::loadInterstitialAdForZone(std::nullopt);
+  ASSERT_TRUE(screen->waitForCalls(4));
+  EXPECT_EQ(screen->calls().back(), "interstitial ready  @http");
+  EXPECT_EQ(service.queriesTo("/ads"), (Calls{"z=Z&p=2", "z=&p=1"}));
+  EXPECT_NE(stored(""), nullptr);
+  ASSERT_TRUE(service.waitForEvents(7));
+  EXPECT_EQ(service.events(),
+            (Calls{TNL_MANIFESTLOADED_TRACKER, TNL_ADREQUESTED_TRACKER, TNL_ADRETURNED_TRACKER,
+                   TNL_ADREADY_TRACKER, TNL_ADREQUESTED_TRACKER, TNL_ADRETURNED_TRACKER,
+                   TNL_ADREADY_TRACKER}));
+}
+
+TEST_F(FullScreenAds, EmptyZonesAreReportedToTheInterstitialSide) {
+  service.publishManifest({{0, "/ads"}});
+  warmUp();
+  TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
+  TNLRewardedAd::setRewardedAdDelegate(screen, "APP1");
+
+  // A rewarded show finds nothing: the failure goes to the interstitial delegate, at once.
+  TNLRewardedAd::showRewardedAdForZone("R");
+  EXPECT_EQ(screen->calls(), Calls{"interstitial failed R @main"});
+
+  // A close for a zone with nothing stored also counts as an interstitial, and is announced.
+  TNLFSAdHandler::sharedHandler()->adWillCloseInZone("R");
+  EXPECT_EQ(screen->calls(), (Calls{"interstitial failed R @main", "interstitial closed R @main"}));
+  ASSERT_TRUE(service.waitForEvents(2));
+  TNLMainQueue::runFor(100ms);
+  EXPECT_EQ(service.events(), (Calls{TNL_MANIFESTLOADED_TRACKER, TNL_ADCLOSED_TRACKER}));
+  EXPECT_EQ(screen->presentedViewController(), nullptr);
+}
+
+TEST_F(FullScreenAds, FailedLoadsAreReportedOnTheHTTPThread) {
+  service.publishManifest({{0, "/ads"}});
+  // Zone A has no ad; zone B's ad has a page whose connection breaks.
+  const std::string broken = TNLJSON::serialize({{"creative_tag", server.url("/broken.html")}});
+  server.on("GET", "/ads", [broken](const TNLTestServer::Request& request) {
+    return (request.query == "z=B&p=1" ? Response::json(broken) : Response(404))
+        .after(kContentDelay);
+  });
+  server.on("GET", "/broken.html", Response::dropped("<html>").after(kContentDelay));
+  warmUp();
+  TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
+
+  TNLInterstitialAd::loadInterstitialAdForZone("A");
+  ASSERT_TRUE(screen->waitForCalls(1));
+  EXPECT_EQ(screen->calls(), Calls{"interstitial failed A @http"});
+  ASSERT_TRUE(service.waitForEvents(3));
+
+  TNLInterstitialAd::loadInterstitialAdForZone("B");
+  ASSERT_TRUE(screen->waitForCalls(2));
+  EXPECT_EQ(screen->calls().back(), "interstitial failed B @http");
+  EXPECT_TRUE(TNLFSAdHandler::sharedHandler()->loadedAds().empty());
+  ASSERT_TRUE(service.waitForEvents(6));
+  EXPECT_EQ(service.events(),
+            (Calls{TNL_MANIFESTLOADED_TRACKER, TNL_ADREQUESTED_TRACKER, TNL_ADUNAVAILABLE_TRACKER,
+                   TNL_ADREQUESTED_TRACKER, TNL_ADRETURNED_TRACKER, TNL_ADUNAVAILABLE_TRACKER}));
+}
+
+TEST_F(FullScreenAds, ShowingTwiceBeforeACloseShowsTheSameAdAgain) {
+  TNLLogCapture capture;
+  service.publishManifest({{0, "/ads"}});
+  server.on("GET", "/ads", Response::json(adJSON()).after(kContentDelay));
+  warmUp();
+  TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
+  TNLInterstitialAd::loadInterstitialAdForZone("Z");
+  ASSERT_TRUE(screen->waitForCalls(1));
+  ASSERT_TRUE(service.waitForEvents(4));
+  const auto ad = stored("Z");
+
+  TNLInterstitialAd::showInterstitialAdForZone("Z");
+  TNLInterstitialAd::showInterstitialAdForZone("Z");
+  const auto webView = waitForShownAd();
+  ASSERT_NE(webView, nullptr);
+  EXPECT_EQ(webView->loadedAd(), ad);
+  // The second showing is made for the same ad, and the screen, already covered, refuses it.
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return capture.contains("Attempt to present"); }));
+  EXPECT_EQ(screen->disappeared, 1);
+  EXPECT_EQ(stored("Z"), ad);
+  ASSERT_TRUE(service.waitForEvents(6));
+  EXPECT_EQ(service.events()[4], TNL_ADSHOWING_TRACKER);
+  EXPECT_EQ(service.events()[5], TNL_ADSHOWING_TRACKER);
+
+  const auto engine = TNLHeadlessWebEngine::of(webView);
+  engine->playPageLoad();
+  engine->deliverNavigationAction("bridge://close", Target::mainFrame);
+  EXPECT_EQ(screen->calls(), (Calls{"interstitial ready Z @http", "interstitial closed Z @main"}));
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return screen->presentedViewController() == nullptr; }));
+  // Forgotten once closed.
+  TNLInterstitialAd::showInterstitialAdForZone("Z");
+  EXPECT_EQ(screen->calls().back(), "interstitial failed Z @main");
+}
+
+}  // namespace

@@ -1,0 +1,288 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Ads/Macros/TNLMacros.h"
+#include "Ads/TNLAd.h"
+#include "Ads/TNLAdWebView.h"
+#include "Platform/Foundation/TNLJSON.h"
+#include "Platform/Foundation/TNLMainQueue.h"
+#include "Platform/Foundation/TNLNotificationCenter.h"
+#include "Platform/Toolkit/Headless/TNLHeadlessWebEngine.h"
+#include "TNLLog.h"
+#include "TarnelAd/TNLConstants.h"
+#include "TarnelAd/TNLSetup.h"
+#include "TarnelAd/Toolkit/TNLApplication.h"
+#include "TarnelAd/Toolkit/TNLScrollView.h"
+#include "support/TNLLogCapture.h"
+#include "support/TNLTestDeviceFacts.h"
+
+namespace {
+
+using Policy = TNLNavigationActionPolicy;
+using Target = TNLHeadlessWebEngine::Target;
+using Statements = std::vector<std::string>;
+
+constexpr char kTag[] = "https://cdn.example.test/creative/index.html";
+constexpr char kPage[] = "<html><body>creative</body></html>";
+
+// Records what the bridge hands on.
+class BridgeJournal : public TNLBridgeDelegate {
+ public:
+  void bridgeOpened(TNLBridge&) override { calls.push_back("opened"); }
+  void closeActionSentByBridge(TNLBridge&) override { calls.push_back("close"); }
+  void openUrl(const std::string& url, TNLBridge&) override { calls.push_back("open " + url); }
+  void enableRedirectActionSentByBridge(TNLBridge&) override { calls.push_back("enableRedirect"); }
+  void displayOptinSentByBridge(TNLBridge&) override { calls.push_back("display"); }
+  void videoOptinSentByBridge(TNLBridge&) override { calls.push_back("video"); }
+  void deviceDataRequestSentByBridge(TNLBridge&) override { calls.push_back("deviceData"); }
+  void allowScroll(bool, TNLBridge&) override { calls.push_back("allowScroll"); }
+  std::vector<std::string> calls;
+};
+
+std::shared_ptr<TNLAd> makeAd(const std::optional<std::string>& tag = std::string(kTag)) {
+  TNLJson full = {{"creative_tag", tag ? *tag : ""},
+                  {"copy", {{"brandName", "Acme"}}},
+                  {"sdkName", "Tarnel-1.0"}};
+  auto ad = std::make_shared<TNLAd>("html", tag, TNLJson::object(), full["copy"], TNLJson::object(),
+                                    TNLJson::object(), TNLJson::object(), full);
+  ad->setHtml(kPage);
+  return ad;
+}
+
+class AdWebView : public ::testing::Test {
+ protected:
+  void SetUp() override { TNLSetup::setDeviceFacts(facts); }
+
+  // A web view with the ad loaded (the load runs on the main loop) and a bridge journal.
+  std::shared_ptr<TNLAdWebView> loaded(const std::shared_ptr<TNLAd>& ad) {
+    auto webView = TNLAdWebView::create();
+    webView->bridge()->setDelegate(journal);
+    webView->loadAd(ad);
+    EXPECT_TRUE(TNLMainQueue::runUntil([&] { return webView->loadedAd() == ad; }));
+    return webView;
+  }
+
+  std::shared_ptr<TNLTestDeviceFacts> facts = std::make_shared<TNLTestDeviceFacts>();
+  std::shared_ptr<BridgeJournal> journal = std::make_shared<BridgeJournal>();
+};
+
+TEST_F(AdWebView, LoadsTheAdLaterWithItsCreativeTagAsBaseURLInATransparentFixedView) {
+  const auto ad = makeAd();
+  const auto webView = TNLAdWebView::create();
+  // The load is scheduled: the view comes back at once, still without the ad.
+  EXPECT_EQ(webView->loadAd(ad), webView);
+  EXPECT_EQ(webView->loadedAd(), nullptr);
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return webView->loadedAd() == ad; }));
+
+  const auto engine = TNLHeadlessWebEngine::of(webView);
+  ASSERT_NE(engine, nullptr);
+  EXPECT_EQ(engine->html(), kPage);
+  EXPECT_EQ(engine->baseURL(), kTag);
+  EXPECT_TRUE(engine->configuration().javaScriptEnabled);
+  EXPECT_EQ(engine->configuration().mediaTypesRequiringUserActionForPlayback,
+            TNLAudiovisualMediaTypes::none);
+  EXPECT_TRUE(engine->configuration().allowsInlineMediaPlayback);
+  EXPECT_FALSE(engine->viewState().isOpaque());
+  EXPECT_FALSE(engine->scrollState().isScrollEnabled());
+  EXPECT_FALSE(engine->scrollState().bounces());
+  EXPECT_EQ(webView->navigationDelegate(), webView);
+
+  // allowScrolling= turns both switches on.
+  webView->respondToAllowScroll(true);
+  EXPECT_TRUE(engine->scrollState().isScrollEnabled());
+  EXPECT_TRUE(engine->scrollState().bounces());
+
+  // A tag that is not a URL gives the page no base URL.
+  const auto untagged = loaded(makeAd("not a url"));
+  EXPECT_EQ(TNLHeadlessWebEngine::of(untagged)->baseURL(), std::nullopt);
+  EXPECT_EQ(TNLHeadlessWebEngine::of(untagged)->html(), kPage);
+
+  EXPECT_EQ(webView->address().rfind("0x", 0), 0u);
+  EXPECT_NE(webView->address(), untagged->address());
+}
+
+TEST_F(AdWebView, OnlyTheCreativesPageAndOtherFramesMayNavigate) {
+  TNLLogCapture capture;
+  const auto webView = loaded(makeAd());
+  const auto engine = TNLHeadlessWebEngine::of(webView);
+
+  EXPECT_EQ(engine->playPageLoad(), Policy::allow);
+  journal->calls.clear();
+  EXPECT_EQ(engine->deliverNavigationAction("https://tracker.test/pixel", Target::childFrame),
+            Policy::allow);
+  EXPECT_EQ(engine->deliverNavigationAction("https://popup.test/", Target::none), Policy::allow);
+  // A bridge URL inside a frame is an ordinary navigation there.
+  EXPECT_EQ(engine->deliverNavigationAction("bridge://close", Target::childFrame), Policy::allow);
+  EXPECT_TRUE(journal->calls.empty());
+
+  // Main-frame navigations never leave the creative.
+  EXPECT_EQ(engine->deliverNavigationAction("https://elsewhere.test/a%41", Target::mainFrame),
+            Policy::cancel);
+  EXPECT_EQ(engine->deliverNavigationAction("bridge://close", Target::mainFrame), Policy::cancel);
+  EXPECT_EQ(engine->deliverNavigationAction("bridge://open?url=https%3A%2F%2Fshop.test%2F%3Fq%3D1",
+                                            Target::mainFrame),
+            Policy::cancel);
+  // A broken escape gives the bridge nothing.
+  EXPECT_EQ(engine->deliverNavigationAction("bridge://open?url=https%3A%2", Target::mainFrame),
+            Policy::cancel);
+  EXPECT_EQ(journal->calls, (Statements{"close", "open https://shop.test/?q=1"}));
+
+  // Once the creative enables redirects, an ordinary address opens as it stands.
+  journal->calls.clear();
+  EXPECT_EQ(engine->deliverNavigationAction("bridge://enableRedirect", Target::mainFrame),
+            Policy::cancel);
+  webView->enableRedirect(true);  // the hosting controller's answer
+  EXPECT_EQ(engine->deliverNavigationAction("https://elsewhere.test/a%41", Target::mainFrame),
+            Policy::cancel);
+  // Substring matching: a redirect to an address that mentions "close" closes.
+  engine->deliverNavigationAction("https://elsewhere.test/close", Target::mainFrame);
+  EXPECT_EQ(journal->calls,
+            (Statements{"enableRedirect", "open https://elsewhere.test/a%41", "close"}));
+
+  // Every decision is logged, whatever the library log switch says.
+  EXPECT_EQ(capture.count(std::string("URL String: ") + kTag), 1u);
+  EXPECT_EQ(capture.count("URL String: bridge://close"), 2u);
+  EXPECT_EQ(capture.count("URL String: "), 11u);
+
+  // A navigation that another web view reports is cancelled without reaching this bridge.
+  journal->calls.clear();
+  const auto other = TNLAdWebView::create();
+  std::optional<Policy> decision;
+  webView->webViewDecidePolicyForNavigationActionDecisionHandler(
+      other, TNLNavigationAction("bridge://close", TNLFrameInfo(true)),
+      [&](Policy policy) { decision = policy; });
+  EXPECT_EQ(decision, Policy::cancel);
+  EXPECT_TRUE(journal->calls.empty());
+}
+
+TEST_F(AdWebView, AFinishedPageGetsThePayloadThenTheBridgeOpensThenTheVolume) {
+  TNLLogCapture capture;
+  facts->setOutputVolume(0.25f);
+  const auto ad = makeAd();
+  auto webView = loaded(ad);
+  const auto engine = TNLHeadlessWebEngine::of(webView);
+  ASSERT_EQ(engine->playPageLoad(), Policy::allow);
+
+  const std::string payload = TNLJSON::serialize(ad->fullAd(), true);
+  ASSERT_NE(payload.find('\n'), std::string::npos) << "pretty-printed";
+  EXPECT_EQ(engine->evaluatedStatements(),
+            (Statements{"receivePayload(" + payload + ")", "ZENKO.setVolume(0.250000)"}));
+  EXPECT_EQ(journal->calls, Statements{"opened"});
+  EXPECT_EQ(capture.count("Bridge Message sent: receivePayload({"), 1u);
+
+  // Volume changes follow, from the main thread at once and from others through the main loop.
+  facts->setOutputVolume(0.5f);
+  std::thread([&] { facts->setOutputVolume(0.75f); }).join();
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return engine->evaluatedStatements().size() == 4; }));
+  EXPECT_EQ(engine->evaluatedStatements()[2], "ZENKO.setVolume(0.500000)");
+  EXPECT_EQ(engine->evaluatedStatements()[3], "ZENKO.setVolume(0.750000)");
+
+  // A notification without a volume is logged and sends nothing.
+  TNLLog::sharedLogger()->setShowLogs(true);
+  TNLNotificationCenter::defaultCenter()->post(TNLDeviceFacts::kOutputVolumeDidChangeNotification);
+  EXPECT_EQ(capture.count("Volume change notification caused exception: "), 1u);
+  EXPECT_EQ(engine->evaluatedStatements().size(), 4u);
+
+  // A finish reported for another web view is not this page's.
+  webView->webViewDidFinishNavigation(TNLAdWebView::create());
+  EXPECT_EQ(engine->evaluatedStatements().size(), 4u);
+
+  // A destroyed view stops listening.
+  const size_t observers = TNLNotificationCenter::defaultCenter()->observerCount();
+  std::weak_ptr<TNLAdWebView> gone = webView;
+  webView.reset();
+  EXPECT_TRUE(gone.expired());
+  EXPECT_EQ(TNLNotificationCenter::defaultCenter()->observerCount(), observers - 1);
+  facts->setOutputVolume(0.1f);
+}
+
+TEST_F(AdWebView, APageWithoutAnAdIsNotInitialised) {
+  TNLLogCapture capture;
+  TNLLog::sharedLogger()->setShowLogs(true);
+  const auto webView = TNLAdWebView::create();
+  webView->bridge()->setDelegate(journal);
+  webView->loadAd(nullptr);
+  TNLMainQueue::runFor(std::chrono::milliseconds(20));
+  const auto engine = TNLHeadlessWebEngine::of(webView);
+  EXPECT_EQ(engine->html(), "");
+  engine->finishNavigation();
+  EXPECT_EQ(capture.count("Failed to initialize Ad in webview due to exception: "), 1u);
+  EXPECT_TRUE(engine->evaluatedStatements().empty());
+  EXPECT_TRUE(journal->calls.empty()) << "the bridge stays closed";
+}
+
+TEST_F(AdWebView, ScrollEventsAnnounceTheListenerOnceAndReportTheHostsScrollView) {
+  const auto webView = loaded(makeAd());
+  const auto engine = TNLHeadlessWebEngine::of(webView);
+  const auto host = TNLScrollView::create({0, 0, 320, 400});
+  host->setContentSize({320, 2000});
+  host->setContentOffset({0, 150.5});
+  webView->respondToScroll(host);
+  host->setContentOffset({0, 300});
+  webView->respondToScroll(host);
+
+  const auto& sent = engine->evaluatedStatements();
+  ASSERT_EQ(sent.size(), 3u);
+  EXPECT_EQ(sent[0], "ZENKO.isScrollListenerSubscribed(true)");
+  EXPECT_TRUE(webView->scrollInitialized());
+  for (size_t i = 1; i < 3; ++i) {
+    ASSERT_EQ(sent[i].rfind("ZENKO.scroll({", 0), 0u) << sent[i];
+    EXPECT_EQ(sent[i].find('\n'), std::string::npos) << "compact";
+    const TNLJson event = TNLJSON::parse(sent[i].substr(13, sent[i].size() - 14));
+    EXPECT_EQ(event["startX"], 0);
+    EXPECT_EQ(event["startY"], 0);
+    EXPECT_EQ(event["currX"], 0.0);
+    EXPECT_EQ(event["currY"], i == 1 ? 150.5 : 300.0);
+    EXPECT_EQ(event["maxX"], 320.0);
+    EXPECT_EQ(event["maxY"], 400.0);
+  }
+}
+
+TEST_F(AdWebView, DeviceDataDescribesScreenOrientationAndView) {
+  TNLLogCapture capture;
+  TNLLog::sharedLogger()->setShowLogs(true);
+  const auto webView = loaded(makeAd());
+  const auto engine = TNLHeadlessWebEngine::of(webView);
+  webView->setFrame({0, 0, 375, 600});
+  webView->scrollView()->setContentOffset({0, 12});
+  const TNLMacroDict macros = TNLMacros::sharedMacroDict();
+
+  const auto sendAndRead = [&] {
+    webView->sendDeviceData();
+    const std::string& sent = engine->evaluatedStatements().back();
+    EXPECT_EQ(sent.rfind("ZENKO.onDeviceData({", 0), 0u) << sent;
+    return TNLJSON::parse(sent.substr(19, sent.size() - 20));
+  };
+  const TNLJson portrait = sendAndRead();
+  EXPECT_EQ(portrait["devicePixelRatio"], 2.0);
+  EXPECT_EQ(portrait["orientation"], 1);
+  EXPECT_EQ(portrait["screenHeight"], macros.at(TNL_SCREENHEIGHT_MACRO));
+  EXPECT_EQ(portrait["screenWidth"], macros.at(TNL_SCREENWIDTH_MACRO));
+  EXPECT_TRUE(portrait["screenWidth"].is_string());
+  EXPECT_EQ(portrait["webviewHeight"], 600.0);
+  EXPECT_EQ(portrait["webviewWidth"], 375.0);
+  EXPECT_EQ(portrait["webviewOffsetX"], 0.0);
+  EXPECT_EQ(portrait["webviewOffsetY"], 12.0);
+
+  const auto application = TNLApplication::sharedApplication();
+  for (const auto orientation :
+       {TNLInterfaceOrientation::landscapeLeft, TNLInterfaceOrientation::unknown}) {
+    application->setStatusBarOrientation(orientation);
+    EXPECT_EQ(sendAndRead()["orientation"], 2);
+  }
+  application->setStatusBarOrientation(TNLInterfaceOrientation::portraitUpsideDown);
+  EXPECT_EQ(sendAndRead()["orientation"], 1);
+
+  // Without the screen width in the table nothing is sent.
+  const size_t sent = engine->evaluatedStatements().size();
+  TNLMacros::setValueInMacroDictionary(std::nullopt, TNL_SCREENWIDTH_MACRO);
+  webView->sendDeviceData();
+  EXPECT_EQ(engine->evaluatedStatements().size(), sent);
+  EXPECT_EQ(capture.count("Sending device data failed due to exception: "), 1u);
+}
+
+}  // namespace

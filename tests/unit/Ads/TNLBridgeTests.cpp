@@ -1,0 +1,166 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Ads/TNLBridge.h"
+#include "TNLLog.h"
+#include "TarnelAd/TNLConstants.h"
+#include "support/TNLLogCapture.h"
+
+namespace {
+
+// Writes every call into a journal, e.g. "expandPixels 300 touch".
+class RecordingDelegate : public TNLBridgeDelegate {
+ public:
+  void bridgeOpened(TNLBridge&) override { calls.push_back("opened"); }
+  void closeActionSentByBridge(TNLBridge&) override { calls.push_back("close"); }
+  void openUrl(const std::string& url, TNLBridge&) override { calls.push_back("open " + url); }
+  void enableRedirectActionSentByBridge(TNLBridge&) override { calls.push_back("enableRedirect"); }
+  void displayOptinSentByBridge(TNLBridge&) override { calls.push_back("optin display"); }
+  void videoOptinSentByBridge(TNLBridge&) override { calls.push_back("optin video"); }
+  void deviceDataRequestSentByBridge(TNLBridge&) override { calls.push_back("deviceData"); }
+  void allowScroll(bool allow, TNLBridge&) override {
+    calls.push_back(std::string("allowScroll ") + (allow ? "yes" : "no"));
+  }
+  void expandPixels(float pixels, bool touch, TNLBridge&) override {
+    calls.push_back("expandPixels " + number(pixels) + (touch ? " touch" : ""));
+  }
+  void expandPercent(float percent, bool touch, TNLBridge&) override {
+    calls.push_back("expandPercent " + number(percent) + (touch ? " touch" : ""));
+  }
+  void collapseActionSentByBridge(TNLBridge&) override { calls.push_back("collapse"); }
+  void rewardActionSentByBridge(TNLBridge&) override { calls.push_back("reward"); }
+
+  static std::string number(float value) {
+    std::string text = std::to_string(value);
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.') {
+      text.pop_back();
+    }
+    return text;
+  }
+
+  std::vector<std::string> calls;
+};
+
+// Only the required operations, as the full-screen controller has.
+class RequiredOnly : public TNLBridgeDelegate {
+ public:
+  void bridgeOpened(TNLBridge&) override {}
+  void closeActionSentByBridge(TNLBridge&) override {}
+  void openUrl(const std::string&, TNLBridge&) override {}
+  void enableRedirectActionSentByBridge(TNLBridge&) override {}
+  void displayOptinSentByBridge(TNLBridge&) override {}
+  void videoOptinSentByBridge(TNLBridge&) override {}
+  void deviceDataRequestSentByBridge(TNLBridge&) override {}
+  void allowScroll(bool, TNLBridge&) override { ++scrolls; }
+  int scrolls = 0;
+};
+
+struct Bridged {
+  std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
+  TNLBridge bridge;
+  Bridged() { bridge.setDelegate(delegate); }
+
+  // The calls one action makes.
+  std::vector<std::string> dispatch(const std::optional<std::string>& action) {
+    delegate->calls.clear();
+    bridge.respondToBridgeAction(action);
+    return delegate->calls;
+  }
+};
+
+using Calls = std::vector<std::string>;
+
+TEST(TNLBridge, TheFirstKeyFoundInTheTableOrderDecides) {
+  Bridged b;
+  EXPECT_EQ(b.dispatch("close"), Calls{"close"});
+  // An address that contains an earlier key is taken as that action.
+  EXPECT_EQ(b.dispatch("open?url=https://x.test/close-up.html"), Calls{"close"});
+  // ... and an address with "optin?" is an opt-in that nobody recognises.
+  EXPECT_EQ(b.dispatch("open?url=https://x.test/?optin?video"), Calls{});
+  EXPECT_EQ(b.dispatch("open?url=https://x.test/path"), Calls{"open https://x.test/path"});
+  // The creative's marker and what follows it are not part of the address.
+  EXPECT_EQ(b.dispatch("open?url=https://x.test/a?b=1&local=yes&c=2"),
+            Calls{"open https://x.test/a?b=1"});
+  // "expandPercent=" contains no "expand=", so the percent form is reachable; the reverse is not.
+  EXPECT_EQ(b.dispatch("expandPercent=50&touch=false"), Calls{"expandPercent 50"});
+  EXPECT_EQ(b.dispatch("expandPercent=50&expand=10"), Calls{"expandPixels 0"});
+  EXPECT_EQ(b.dispatch("collapse"), Calls{"collapse"});
+  EXPECT_EQ(b.dispatch("enableRedirect"), Calls{"enableRedirect"});
+  EXPECT_EQ(b.dispatch("rewarded"), Calls{"reward"});
+  EXPECT_EQ(b.dispatch("deviceDataX"), Calls{"deviceData"});
+  // Keys are case-sensitive, and unknown actions are dropped.
+  EXPECT_EQ(b.dispatch("CLOSE"), Calls{});
+  EXPECT_EQ(b.dispatch("ping"), Calls{});
+  EXPECT_EQ(b.dispatch(std::nullopt), Calls{});
+
+  // The page's load is the web view's to report, never the creative's.
+  EXPECT_EQ(b.dispatch("opened"), Calls{});
+  b.bridge.open();
+  EXPECT_EQ(b.delegate->calls, Calls{"opened"});
+}
+
+TEST(TNLBridge, ExpandReadsADecimalPrefixAndAnExactTouchFlag) {
+  Bridged b;
+  EXPECT_EQ(b.dispatch("expand=300&touch=true"), Calls{"expandPixels 300 touch"});
+  EXPECT_EQ(b.dispatch("expand=300"), Calls{"expandPixels 300"});
+  EXPECT_EQ(b.dispatch("expand=&touch=true"), Calls{"expandPixels 0 touch"});
+  EXPECT_EQ(b.dispatch("expand=300&touch=TRUE"), Calls{"expandPixels 300"});
+  EXPECT_EQ(b.dispatch("expand=250px&touch=true&more"), Calls{"expandPixels 250 touch"});
+  EXPECT_EQ(b.dispatch("expand=abc"), Calls{"expandPixels 0"});
+
+  EXPECT_FLOAT_EQ(TNLBridge::getValueFromExpandAction("  -12.5e1xyz"), -125.0f);
+  EXPECT_FLOAT_EQ(TNLBridge::getValueFromExpandAction("+.5"), 0.5f);
+  EXPECT_FLOAT_EQ(TNLBridge::getValueFromExpandAction("3e"), 3.0f);
+  EXPECT_FLOAT_EQ(TNLBridge::getValueFromExpandAction("1e-400"), 0.0f);
+  EXPECT_EQ(TNLBridge::getValueFromExpandAction("1e60"), std::numeric_limits<float>::infinity());
+  EXPECT_FLOAT_EQ(TNLBridge::getValueFromExpandAction(""), 0.0f);
+  EXPECT_FALSE(TNLBridge::getTouchFromExpandAction("300"));
+  EXPECT_TRUE(TNLBridge::getTouchFromExpandAction("300&touch=touch=true"));
+  EXPECT_TRUE(TNLBridge::getTouchFromExpandAction("&true"));
+}
+
+TEST(TNLBridge, OptinAndAllowScrollingCompareTheirArgumentExactly) {
+  TNLLogCapture capture;
+  Bridged b;
+  EXPECT_EQ(b.dispatch("optin?display"), Calls{"optin display"});
+  EXPECT_EQ(b.dispatch("optin?video"), Calls{"optin video"});
+  EXPECT_EQ(b.dispatch("optin?Display"), Calls{});
+  // Printed whatever the library log switch says.
+  EXPECT_FALSE(TNLLog::sharedLogger()->showLogs());
+  EXPECT_EQ(capture.count("UNRECOGNIZED OPTIN: Display"), 1u);
+
+  EXPECT_EQ(b.dispatch("allowScrolling=true"), Calls{"allowScroll yes"});
+  EXPECT_EQ(b.dispatch("allowScrolling=1"), Calls{"allowScroll no"});
+  EXPECT_EQ(b.dispatch("allowScrolling=true&x"), Calls{"allowScroll no"});
+  EXPECT_EQ(b.dispatch("allowScrolling=allowScrolling=true"), Calls{"allowScroll yes"});
+}
+
+TEST(TNLBridge, VibrateNeedsNoDelegateAndMissingOperationsAreSkipped) {
+  TNLLogCapture capture;
+  TNLBridge bridge;
+  bridge.respondToBridgeAction("vibrate");
+  EXPECT_EQ(capture.count("System sound 4095 (vibrate) not played"), 1u);
+  // No delegate: nothing to call, nothing raised.
+  bridge.respondToBridgeAction("close");
+  bridge.open();
+
+  // A delegate without the optional operations: expand, collapse and reward are dropped.
+  auto required = std::make_shared<RequiredOnly>();
+  bridge.setDelegate(required);
+  for (const char* action : {"expand=300", "expandPercent=50", "collapse", "reward"}) {
+    bridge.respondToBridgeAction(action);
+  }
+  bridge.respondToBridgeAction("allowScrolling=true");
+  EXPECT_EQ(required->scrolls, 1);
+
+  // The delegate is not owned by the bridge.
+  required.reset();
+  EXPECT_EQ(bridge.delegate(), nullptr);
+  bridge.respondToBridgeAction("allowScrolling=true");
+}
+
+}  // namespace
