@@ -11,6 +11,7 @@
 #include "Platform/Foundation/TNLStrings.h"
 #include "Platform/Http/TNLURLRequest.h"
 #include "TNLLog.h"
+#include "TNLOMHandler.h"
 #include "TarnelAd/TNLConstants.h"
 #include "TarnelAd/TNLDeviceFacts.h"
 #include "TarnelAd/TNLSetup.h"
@@ -220,8 +221,11 @@ void TNLAdWebView::sendBridgeMessageToAd(const std::string& statement) {
   evaluateJavaScript(statement);
 }
 
-void TNLAdWebView::respondToOptin(const std::string& /*type*/) {}
+void TNLAdWebView::respondToOptin(const std::string& type) {
+  TNLOMHandler::sharedHandler()->createOMIDSessionForWebView(
+      std::static_pointer_cast<TNLAdWebView>(shared_from_this()), type);
+}
 
 std::string TNLAdWebView::address() const {
-  return TNLFormat("%p", TNLPointer(this));
+  return TNLOMHandler::addressForWebView(*this);
 }

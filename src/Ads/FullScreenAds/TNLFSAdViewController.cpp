@@ -9,6 +9,7 @@
 #include "Platform/Foundation/TNLMainQueue.h"
 #include "Platform/Foundation/TNLNotificationCenter.h"
 #include "TNLLog.h"
+#include "TNLOMHandler.h"
 #include "TarnelAd/TNLConstants.h"
 #include "TarnelAd/Toolkit/TNLApplication.h"
 
@@ -88,10 +89,16 @@ void TNLFSAdViewController::sendBridgeMessageFromNotification(const TNLNotificat
   }
 }
 
-void TNLFSAdViewController::bridgeOpened(TNLBridge& /*bridge*/) {}
+void TNLFSAdViewController::bridgeOpened(TNLBridge& /*bridge*/) {
+  // The creative has loaded and has its payload: the moment of the measurement impression.
+  if (loadedWebView_) {
+    TNLOMHandler::sharedHandler()->sendImpressionEventForWebView(loadedWebView_);
+  }
+}
 
 void TNLFSAdViewController::closeActionSentByBridge(TNLBridge& /*bridge*/) {
   if (loadedWebView_) {
+    TNLOMHandler::sharedHandler()->destroyOMIDSessionForWebView(loadedWebView_);
     if (const auto& ad = loadedWebView_->loadedAd()) {
       ad->adClosed();
     }

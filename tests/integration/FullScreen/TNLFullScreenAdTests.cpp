@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -16,6 +17,7 @@
 #include "Platform/Foundation/TNLStrings.h"
 #include "Platform/Http/TNLHttpSession.h"
 #include "Platform/Toolkit/Headless/TNLHeadlessWebEngine.h"
+#include "TNLOMHandler.h"
 #include "TarnelAd/TarnelAd.h"
 #include "support/TNLLogCapture.h"
 #include "support/TNLTestAdService.h"
@@ -450,6 +452,53 @@ TEST_F(FullScreenAds, ShowingTwiceBeforeACloseShowsTheSameAdAgain) {
   // Forgotten once closed.
   TNLInterstitialAd::showInterstitialAdForZone("Z");
   EXPECT_EQ(screen->calls().back(), "interstitial failed Z @main");
+}
+
+}  // namespace
+
+namespace {
+
+size_t countContaining(const Calls& statements, const std::string& part) {
+  return static_cast<size_t>(
+      std::count_if(statements.begin(), statements.end(),
+                    [&](const auto& s) { return s.find(part) != std::string::npos; }));
+}
+
+TEST_F(FullScreenAds, ACreativeThatOptsInIsMeasuredUntilItCloses) {
+  service.publishManifest({{0, "/ads"}});
+  warmUp();
+  TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
+  TNLInterstitialAd::loadInterstitialAdForZone("OM", adJSON());
+  ASSERT_TRUE(screen->waitForCalls(1));
+  TNLInterstitialAd::showInterstitialAdForZone("OM");
+  const auto webView = waitForShownAd();
+  ASSERT_NE(webView, nullptr);
+  const auto engine = TNLHeadlessWebEngine::of(webView);
+  ASSERT_EQ(engine->playPageLoad(), TNLNavigationActionPolicy::allow);
+
+  // The opt-in opens one session, whose commands reach the creative's page; a second opt-in
+  // opens no other.
+  engine->deliverNavigationAction("bridge://optin?display", Target::mainFrame);
+  engine->deliverNavigationAction("bridge://optin?display", Target::mainFrame);
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] {
+    return countContaining(engine->evaluatedStatements(), "omidBridge.startSession(") == 1;
+  }));
+  TNLMainQueue::runFor(50ms);
+  const Calls statements = engine->evaluatedStatements();
+  EXPECT_EQ(countContaining(statements, "omidBridge.init("), 1u);
+  EXPECT_EQ(countContaining(statements, "omidBridge.startSession("), 1u);
+  EXPECT_EQ(TNLOMHandler::sharedHandler()->omidSessions().count(webView->address()), 1u);
+  // The impression went out when the bridge opened, before the session existed: nothing to say.
+  EXPECT_EQ(countContaining(statements, "publishImpressionEvent"), 0u);
+
+  // Closing finishes the session at once and forgets it a second later.
+  engine->deliverNavigationAction("bridge://close", Target::mainFrame);
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] {
+    return countContaining(engine->evaluatedStatements(), "omidBridge.finishSession(") == 1;
+  }));
+  EXPECT_EQ(TNLOMHandler::sharedHandler()->omidSessions().count(webView->address()), 1u);
+  ASSERT_TRUE(TNLMainQueue::runUntil(
+      [&] { return TNLOMHandler::sharedHandler()->omidSessions().empty(); }, 3s));
 }
 
 }  // namespace
