@@ -97,7 +97,7 @@ TEST_F(AdWebView, LoadsTheAdLaterWithItsCreativeTagAsBaseURLInATransparentFixedV
   EXPECT_TRUE(engine->scrollState().bounces());
 
   // A tag that is not a URL gives the page no base URL.
-  const auto untagged = loaded(makeAd("not a url"));
+  const auto untagged = loaded(makeAd("http://not a url/"));
   EXPECT_EQ(TNLHeadlessWebEngine::of(untagged)->baseURL(), std::nullopt);
   EXPECT_EQ(TNLHeadlessWebEngine::of(untagged)->html(), kPage);
 

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "TNLOMHandler.h"
+
 #include <algorithm>
 #include <memory>
 #include <string>
@@ -52,6 +54,8 @@ class FSAdViewController : public ::testing::Test {
  protected:
   void SetUp() override {
     TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+    // The measurement SDK's process-wide observers exist before any count below.
+    TNLOMHandler::sharedHandler();
     window->setRootViewController(host);
     window->makeKeyAndVisible();
     host->appeared = 0;
@@ -145,6 +149,10 @@ TEST_F(FSAdViewController, BridgeActionsReachTheWebViewAndTheAdAndCloseDismisses
   EXPECT_EQ(host->presentedViewController(), nullptr);
   EXPECT_EQ(webView->window(), nullptr);
 
+  // The measurement session opened by the opt-in keeps the web view one second after the close.
+  ASSERT_TRUE(
+      TNLMainQueue::runUntil([] { return TNLOMHandler::sharedHandler()->omidSessions().empty(); },
+                             std::chrono::seconds(3)));
   // Once gone, neither the controller nor its web view observes anything.
   std::weak_ptr<TNLFSAdViewController> gone = controller;
   controller.reset();
@@ -195,7 +203,7 @@ TEST_F(FSAdViewController, ALinkOpensTheBrowserOverTheAdAndDoneReturnsToIt) {
 }
 
 TEST_F(FSAdViewController, ABrowserWithoutBrandOrValidAddressKeepsItsLayout) {
-  const auto browser = TNLClickOutViewController::create(std::nullopt, "not an address");
+  const auto browser = TNLClickOutViewController::create(std::nullopt, "http://not an address/");
   browser->view()->setFrame({0, 0, 375, 667});
   browser->view()->layoutIfNeeded();
   EXPECT_EQ(browser->brandNameLabel()->text(), std::nullopt);
