@@ -1,0 +1,18 @@
+#include "e2e/TNLGtkTestSupport.h"
+
+// The X headers come last: their macros (None, True, Status...) would clash with the others.
+#include <X11/extensions/XTest.h>
+#include <gdk/gdkx.h>
+
+namespace tnl_e2e {
+
+void click(std::pair<int, int> point) {
+  Display* display = gdk_x11_display_get_xdisplay(gdk_display_get_default());
+  XTestFakeMotionEvent(display, -1, point.first, point.second, CurrentTime);
+  XTestFakeButtonEvent(display, 1, True, CurrentTime);
+  XTestFakeButtonEvent(display, 1, False, CurrentTime);
+  XSync(display, False);
+  settle(std::chrono::milliseconds(150));
+}
+
+}  // namespace tnl_e2e
