@@ -15,4 +15,14 @@ void click(std::pair<int, int> point) {
   settle(std::chrono::milliseconds(150));
 }
 
+void movePointerAway() {
+  GdkDisplay* gdkDisplay = gdk_display_get_default();
+  Display* display = gdk_x11_display_get_xdisplay(gdkDisplay);
+  GdkRectangle screen;
+  gdk_monitor_get_geometry(gdk_display_get_monitor(gdkDisplay, 0), &screen);
+  XTestFakeMotionEvent(display, -1, screen.width - 1, screen.height - 1, CurrentTime);
+  XSync(display, False);
+  settle(std::chrono::milliseconds(50));
+}
+
 }  // namespace tnl_e2e
