@@ -8,8 +8,10 @@
 
 #include "TarnelAd/Toolkit/TNLButton.h"
 #include "TarnelAd/Toolkit/TNLViewController.h"
+#include "TarnelAd/Toolkit/TNLWebView.h"
 #include "TarnelAd/Toolkit/TNLWindow.h"
 #include "e2e/TNLGtkTestSupport.h"
+#include "support/TNLTestServer.h"
 
 namespace {
 
@@ -119,6 +121,25 @@ TEST_F(PresentationTest, PresentingMapsACoveringWindowAndDismissingUnmapsIt) {
   EXPECT_EQ(ad->view()->superview(), nullptr);
   g_object_unref(coverWidget);
   EXPECT_TRUE(gtk_widget_get_mapped(GTK_WIDGET(main)));
+}
+
+TEST_F(PresentationTest, AWebPageKeepsItsStateWhenItsViewMovesIntoTheCover) {
+  TNLTestServer server;
+  server.on("GET", "/report", TNLTestServer::Response(204));
+  const auto ad = std::make_shared<Controller>("ad", log);
+  const auto page = TNLWebView::create({0.0, 0.0, 360.0, 480.0}, {});
+  ad->setView(page);
+  const auto delegate = std::make_shared<RecordingDelegate>();
+  page->setNavigationDelegate(delegate);
+  page->loadHTMLString("<script>window.state = 'loaded before showing'</script>",
+                       server.url("/creative.html"));
+  ASSERT_TRUE(waitFor([&] { return delegate->finished == 1; }));
+
+  present(root, ad);
+  page->evaluateJavaScript("fetch('/report?state=' + encodeURIComponent(window.state))");
+  ASSERT_TRUE(waitFor([&] { return !server.requestsTo("/report").empty(); }));
+  EXPECT_EQ(server.requestsTo("/report").front().query, "state=loaded%20before%20showing");
+  EXPECT_EQ(delegate->finished, 1);
 }
 
 TEST_F(PresentationTest, ControllersPresentedOverEachOtherStackTheirCoversAndGoTogether) {

@@ -61,6 +61,8 @@ inline std::pair<int, int> screenPoint(GtkWidget* widget, int x, int y) {
 // A real click at a screen point: the X server moves the pointer and presses the first button,
 // so GDK picks the window under the pointer as for a user's click.
 void click(std::pair<int, int> point);
+// A real turn of the mouse wheel at a screen point, `notches` down (negative: up).
+void scroll(std::pair<int, int> point, int notches);
 // Moves the pointer to the screen's far corner, away from the tests' windows (without a window
 // manager the window under the pointer gets the keyboard focus).
 void movePointerAway();

@@ -134,6 +134,28 @@ TEST_F(ViewTest, LabelsAndButtonsShowTheirTextAndMeasureIt) {
   EXPECT_GT(button->intrinsicContentSize().width, 0.0);
 }
 
+TEST_F(ViewTest, AScrollViewScrollsItsContentWithTheWheelWithinItsContentSize) {
+  const auto window = shownWindow({0.0, 0.0, 300.0, 300.0});
+  const auto scrollView = TNLScrollView::create({0.0, 0.0, 300.0, 200.0});
+  scrollView->setContentSize({300.0, 260.0});
+  const auto content = TNLView::create({0.0, 150.0, 300.0, 100.0});
+  scrollView->addSubview(content);
+  window->addSubview(scrollView);
+  ASSERT_TRUE(waitUntilMapped(gtk_widget_get_toplevel(widgetOf(scrollView))));
+  settle();
+
+  scroll(screenPoint(widgetOf(scrollView), 150, 100), 1);
+  EXPECT_GT(scrollView->contentOffset().y, 0.0);
+  // No further than the content: 260 - 200.
+  scroll(screenPoint(widgetOf(scrollView), 150, 100), 5);
+  EXPECT_EQ(scrollView->contentOffset(), (TNLPoint{0.0, 60.0}));
+  EXPECT_TRUE(waitFor([&] { return allocatedAt(widgetOf(content), 0, 90, 300, 100); }));
+
+  scrollView->setScrollEnabled(false);
+  scroll(screenPoint(widgetOf(scrollView), 150, 100), -3);
+  EXPECT_EQ(scrollView->contentOffset(), (TNLPoint{0.0, 60.0}));
+}
+
 TEST_F(ViewTest, ClicksGoToTheTopmostViewInTheModelsZOrder) {
   const auto window = shownWindow({0.0, 0.0, 300.0, 200.0});
   int backTaps = 0;

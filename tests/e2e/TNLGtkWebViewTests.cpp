@@ -112,6 +112,21 @@ TEST_F(WebViewTest, HTMLWithABaseURLRunsItsScriptAndFinishesAsTheMainFrame) {
   EXPECT_EQ(delegate->seen.back(), "about:blank main");
 }
 
+TEST_F(WebViewTest, APageLoadsAndRunsBeforeItsViewIsOnScreen) {
+  // Full-screen ads load before they are presented.
+  server.on("POST", "/report", Response(204));
+  const auto offscreen = TNLWebView::create({0.0, 0.0, 320.0, 480.0}, creativeConfiguration());
+  const auto offscreenDelegate = std::make_shared<RecordingDelegate>();
+  offscreen->setNavigationDelegate(offscreenDelegate);
+  offscreen->loadHTMLString(
+      "<script>setTimeout(() => fetch('/report', {method: 'POST', body: 'timer'}), 10)</script>",
+      server.url("/creative.html"));
+  ASSERT_TRUE(waitFor([&] { return offscreenDelegate->finished == 1; }));
+  ASSERT_TRUE(waitForRequest("/report"));
+  EXPECT_EQ(server.requestsTo("/report").front().body, "timer");
+  EXPECT_EQ(gtk_widget_get_toplevel(widgetOf(offscreen)), widgetOf(offscreen));
+}
+
 TEST_F(WebViewTest, RequestsAreMainFrameNavigationsAndACancelledOneLoadsNothing) {
   server.on("GET", "/page", html("<script>fetch('/page-ran')</script>"));
   server.on("GET", "/page-ran", Response(204));

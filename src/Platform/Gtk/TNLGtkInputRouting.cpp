@@ -2,6 +2,7 @@
 
 #include <gtk/gtk.h>
 
+#include <algorithm>
 #include <cmath>
 #include <typeinfo>
 #include <vector>
@@ -184,29 +185,93 @@ std::vector<GdkWindow*> windowsOf(GtkWidget* widget) {
   return windows;
 }
 
-void syncBox(TNLGtkViewBox& box) {
+struct RoutedWindow {
+  GdkWindow* window;
+  TNLGtkViewBox* box;
+};
+
+// The windows of a mapped tree of boxes, bottom to top as the model draws: a box's input
+// window, its content's windows, then its subviews in z order.
+void collect(TNLGtkViewBox& box, std::vector<RoutedWindow>& windows) {
   if (!gtk_widget_get_mapped(box.widget())) {
     return;
   }
-  // Bottom to top: the box's input window, its content, then its subviews in z order.
-  std::vector<GdkWindow*> windows;
   if (GdkWindow* input = box.inputWindow()) {
-    windows.push_back(input);
+    windows.push_back({input, &box});
   }
-  const auto contentWindows = windowsOf(box.content());
-  windows.insert(windows.end(), contentWindows.begin(), contentWindows.end());
-  for (GdkWindow* window : windows) {
-    gdk_window_raise(window);
-  }
-  if (const auto view = box.view()) {
-    cairo_region_t* region = TNLGtkInputRouting::acceptingRegion(view);
-    for (GdkWindow* window : windows) {
-      gdk_window_input_shape_combine_region(window, region, 0, 0);
-    }
-    cairo_region_destroy(region);
+  for (GdkWindow* window : windowsOf(box.content())) {
+    windows.push_back({window, &box});
   }
   for (TNLGtkViewBox* child : box.children()) {
-    syncBox(*child);
+    collect(*child, windows);
+  }
+}
+
+// Restacks the windows that share `parent` only when their order is not the wanted one:
+// raising invalidates, so it is not done for nothing.
+void restack(GdkWindow* parent, const std::vector<GdkWindow*>& wanted) {
+  std::vector<GdkWindow*> current;
+  // GDK lists children top first.
+  for (GList* child = gdk_window_peek_children(parent); child; child = child->next) {
+    auto* window = static_cast<GdkWindow*>(child->data);
+    if (std::find(wanted.begin(), wanted.end(), window) != wanted.end()) {
+      current.insert(current.begin(), window);
+    }
+  }
+  if (current == wanted) {
+    return;
+  }
+  for (GdkWindow* window : wanted) {
+    gdk_window_raise(window);
+  }
+}
+
+constexpr char kShapeKey[] = "tnl-input-shape";
+
+void reshape(GdkWindow* window, const cairo_region_t* region) {
+  const auto* applied =
+      static_cast<const cairo_region_t*>(g_object_get_data(G_OBJECT(window), kShapeKey));
+  if (applied && cairo_region_equal(applied, region)) {
+    return;
+  }
+  gdk_window_input_shape_combine_region(window, region, 0, 0);
+  g_object_set_data_full(G_OBJECT(window), kShapeKey, cairo_region_copy(region),
+                         reinterpret_cast<GDestroyNotify>(cairo_region_destroy));
+}
+
+void syncTree(TNLGtkViewBox& root) {
+  std::vector<RoutedWindow> windows;
+  collect(root, windows);
+  std::vector<std::pair<GdkWindow*, std::vector<GdkWindow*>>> byParent;
+  for (const RoutedWindow& routed : windows) {
+    GdkWindow* parent = gdk_window_get_parent(routed.window);
+    auto group = std::find_if(byParent.begin(), byParent.end(),
+                              [&](const auto& entry) { return entry.first == parent; });
+    if (group == byParent.end()) {
+      byParent.push_back({parent, {}});
+      group = byParent.end() - 1;
+    }
+    group->second.push_back(routed.window);
+  }
+  for (const auto& [parent, wanted] : byParent) {
+    if (parent) {
+      restack(parent, wanted);
+    }
+  }
+  TNLGtkViewBox* shapedBox = nullptr;
+  cairo_region_t* region = nullptr;
+  for (const RoutedWindow& routed : windows) {
+    if (routed.box != shapedBox) {
+      if (region) {
+        cairo_region_destroy(region);
+      }
+      shapedBox = routed.box;
+      region = TNLGtkInputRouting::acceptingRegion(shapedBox->view());
+    }
+    reshape(routed.window, region);
+  }
+  if (region) {
+    cairo_region_destroy(region);
   }
 }
 
@@ -236,7 +301,7 @@ cairo_region_t* TNLGtkInputRouting::acceptingRegion(const std::shared_ptr<TNLVie
 void TNLGtkInputRouting::sync() {
   for (TNLGtkViewBox* box : std::vector<TNLGtkViewBox*>(TNLGtkViewBox::all())) {
     if (!box->parentBox()) {
-      syncBox(*box);
+      syncTree(*box);
     }
   }
 }
