@@ -287,6 +287,7 @@ TEST_F(ViewTest, AHostWindowBecomesAToolkitWindowAndHostsAViewInItsLayout) {
   ASSERT_NE(widget, nullptr);
   gtk_box_pack_start(GTK_BOX(column), widget, FALSE, FALSE, 0);
   EXPECT_TRUE(waitFor([&] { return banner->frame().origin.y == 70.0; }));
+  EXPECT_EQ(banner->frame().size, (TNLSize{320.0, 50.0}));
   EXPECT_EQ(allocationOf(widget).height, 50);
   EXPECT_EQ(banner->convertRectToScreen(banner->bounds()).origin.y, 80.0);
 
@@ -295,6 +296,31 @@ TEST_F(ViewTest, AHostWindowBecomesAToolkitWindowAndHostsAViewInItsLayout) {
   gtk_widget_hide(host);
   EXPECT_TRUE(window->isHidden());
   gtk_widget_destroy(host);
+}
+
+TEST_F(ViewTest, AHostDestroyingItsWindowLeavesTheViewsInsideItWorking) {
+  TNLTestServer server;
+  server.on("GET", "/alive", TNLTestServer::Response(204));
+  GtkWidget* host = gtk_window_new(GTK_WINDOW_TOPLEVEL);
+  gtk_widget_show(host);
+  const auto window = TNLGtkToolkit::windowForGtkWindow(GTK_WINDOW(host));
+  const auto banner = TNLView::create({0.0, 0.0, 320.0, 50.0});
+  const auto page = TNLWebView::create({0.0, 0.0, 320.0, 50.0}, {});
+  banner->addSubview(page);
+  window->addSubview(banner);
+  gtk_container_add(GTK_CONTAINER(host), TNLGtkToolkit::widgetForView(banner));
+  const auto delegate = std::make_shared<RecordingDelegate>();
+  page->setNavigationDelegate(delegate);
+  page->loadHTMLString("<p>banner</p>", server.baseURL());
+  ASSERT_TRUE(waitFor([&] { return delegate->finished == 1; }));
+
+  // GTK destroys a window's children with it; the view's own widgets must survive that.
+  gtk_widget_destroy(host);
+  EXPECT_TRUE(window->isHidden());
+  page->evaluateJavaScript("fetch('/alive')");
+  EXPECT_TRUE(waitFor([&] { return !server.requestsTo("/alive").empty(); }));
+  page->setFrame({0.0, 0.0, 300.0, 40.0});
+  banner->removeFromSuperview();
 }
 
 TEST_F(ViewTest, TheApplicationStateFollowsFocusAndMinimising) {

@@ -6,6 +6,7 @@
 #include "Platform/Foundation/TNLNoDestructor.h"
 #include "Platform/Gtk/TNLGtkInputRouting.h"
 #include "TarnelAd/Toolkit/TNLView.h"
+#include "TarnelAd/Toolkit/TNLWindow.h"
 
 // The container widget: a GtkContainer whose class functions ask the box that owns it.
 struct TNLGtkContainer {
@@ -96,6 +97,15 @@ static void tnlContainerUnmap(GtkWidget* widget) {
   GTK_WIDGET_CLASS(tnl_gtk_container_parent_class)->unmap(widget);
 }
 
+static void tnlContainerDestroy(GtkWidget* widget) {
+  // Destroyed by its parent (a host's layout or window going away): the children and the
+  // content belong to boxes that live on, so they leave instead of being destroyed with it.
+  if (auto* box = boxOf(widget)) {
+    box->releaseWidgets();
+  }
+  GTK_WIDGET_CLASS(tnl_gtk_container_parent_class)->destroy(widget);
+}
+
 static gboolean tnlContainerScroll(GtkWidget* widget, GdkEventScroll* event) {
   auto* box = boxOf(widget);
   return box ? box->scrolled(*event) : FALSE;
@@ -136,6 +146,7 @@ static void tnl_gtk_container_class_init(TNLGtkContainerClass* klass) {
   widgetClass->map = tnlContainerMap;
   widgetClass->unmap = tnlContainerUnmap;
   widgetClass->scroll_event = tnlContainerScroll;
+  widgetClass->destroy = tnlContainerDestroy;
   auto* containerClass = GTK_CONTAINER_CLASS(klass);
   containerClass->forall = tnlContainerForall;
   containerClass->remove = tnlContainerRemove;
@@ -165,12 +176,7 @@ TNLGtkViewBox::~TNLGtkViewBox() {
   std::erase(registry(), this);
   GtkWidget* widget = container_.get();
   // The children belong to boxes of their own; they only leave this container.
-  for (GtkWidget* child : std::vector<GtkWidget*>(children_)) {
-    detachChild(child);
-  }
-  if (GtkWidget* content = content_.get(); content && gtk_widget_get_parent(content) == widget) {
-    gtk_widget_unparent(content);
-  }
+  releaseWidgets();
   if (GtkWidget* parent = gtk_widget_get_parent(widget)) {
     if (auto* parentBox = of(parent)) {
       parentBox->detachChild(widget);
@@ -180,6 +186,15 @@ TNLGtkViewBox::~TNLGtkViewBox() {
   }
   reinterpret_cast<TNLGtkContainer*>(widget)->box = nullptr;
   scheduleSync();
+}
+
+void TNLGtkViewBox::releaseWidgets() {
+  for (GtkWidget* child : std::vector<GtkWidget*>(children_)) {
+    detachChild(child);
+  }
+  if (GtkWidget* content = content_.get(); content && gtk_widget_get_parent(content) == widget()) {
+    gtk_widget_unparent(content);
+  }
 }
 
 TNLGtkViewBox* TNLGtkViewBox::of(GtkWidget* widget) {
@@ -376,8 +391,13 @@ void TNLGtkViewBox::reportHostPlacement() {
   if (!gtk_widget_translate_coordinates(widget(), toplevel, 0, 0, &x, &y)) {
     return;
   }
-  const TNLRect placed{static_cast<double>(x), static_cast<double>(y), frame_.size.width,
-                       frame_.size.height};
+  TNLRect placed{static_cast<double>(x), static_cast<double>(y), frame_.size.width,
+                 frame_.size.height};
+  // The position in the host's window is the model window's; a superview below the window
+  // gets it in its own coordinates.
+  if (const auto window = view->window(); window && view->superview() != window) {
+    placed.origin = window->convertPoint(placed.origin, view->superview());
+  }
   if (placed.origin != frame_.origin) {
     std::weak_ptr<TNLView> weakView = view;
     // Not from inside the allocation: the model may call back into this box.

@@ -88,6 +88,8 @@ class TNLGtkViewBox {
   void forall(GtkCallback callback, gpointer data);
   void remove(GtkWidget* child);
   gboolean scrolled(const GdkEventScroll& event);
+  // Lets go of the children's widgets and the content (the container is being destroyed).
+  void releaseWidgets();
 
  private:
   void detachChild(GtkWidget* child);

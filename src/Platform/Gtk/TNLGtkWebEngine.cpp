@@ -16,8 +16,10 @@ constexpr char kScrollHandler[] = "tnlScroll";
 // A hint belongs to a navigation that follows at once; an old one is from a navigation that
 // never came (a lazily loaded frame, a cancelled click) and is not trusted.
 constexpr gint64 kHintLifetimeMicroseconds = G_USEC_PER_SEC;
-// Unknown navigations waiting for their response; old ones (never answered) are dropped.
+// Unknown navigations waiting for their response, and own loads waiting for their navigation;
+// old ones (never answered) are dropped.
 constexpr size_t kMaxAwaitingResponse = 32;
+constexpr size_t kMaxApiLoads = 8;
 
 // In every frame, before the page's own scripts: tells the engine which frame a navigation that
 // the page is about to start targets, where the page shows it. Frame elements (inserted, or
@@ -201,13 +203,20 @@ void TNLGtkWebEngine::addUserScripts() {
 void TNLGtkWebEngine::loadHTMLString(const std::string& html,
                                      const std::optional<std::string>& baseURL) {
   const std::string reported = baseURL ? *baseURL : "about:blank";
-  apiLoads_.push_back({normalized(reported), reported});
+  expectLoad(reported);
   webkit_web_view_load_html(webKitView(), html.c_str(), baseURL ? baseURL->c_str() : nullptr);
 }
 
 void TNLGtkWebEngine::loadRequest(const std::string& url) {
-  apiLoads_.push_back({normalized(url), url});
+  expectLoad(url);
   webkit_web_view_load_uri(webKitView(), url.c_str());
+}
+
+void TNLGtkWebEngine::expectLoad(const std::string& url) {
+  apiLoads_.push_back({normalized(url), url});
+  if (apiLoads_.size() > kMaxApiLoads) {
+    apiLoads_.pop_front();
+  }
 }
 
 void TNLGtkWebEngine::evaluateJavaScript(const std::string& statement) {

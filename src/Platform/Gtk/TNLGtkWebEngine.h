@@ -103,6 +103,7 @@ class TNLGtkWebEngine : public TNLGtkPeer<TNLWebEnginePeer>,
                              gpointer self);
   static void barrierDone(GObject* view, GAsyncResult* result, gpointer data);
 
+  void expectLoad(const std::string& url);
   void decideNavigation(WebKitPolicyDecision* decision);
   void attribute(const std::string& url, WebKitPolicyDecision* decision, int frameCount);
   void decideResponse(WebKitPolicyDecision* decision);
