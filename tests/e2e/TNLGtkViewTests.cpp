@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -106,6 +107,37 @@ TEST_F(ViewTest, FrameHiddenAndAlphaOfAViewReachItsWidget) {
   window->addSubview(scrollView);
   scrollView->setContentOffset({0.0, 60.0});
   EXPECT_TRUE(waitFor([&] { return allocatedAt(widgetOf(content), 0, 120, 50, 50); }));
+}
+
+TEST_F(ViewTest, BackgroundsArePaintedAndClippingCutsSubviews) {
+  const auto window = shownWindow({0.0, 0.0, 300.0, 300.0});
+  window->setBackgroundColor(TNLColor{0.0, 0.0, 1.0, 1.0});
+  const auto parent = TNLView::create({0.0, 0.0, 100.0, 100.0});
+  const auto child = TNLView::create({0.0, 0.0, 200.0, 200.0});
+  child->setBackgroundColor(TNLColor{1.0, 0.0, 0.0, 1.0});
+  parent->addSubview(child);
+  window->addSubview(parent);
+  GtkWidget* toplevel = gtk_widget_get_toplevel(widgetOf(parent));
+  ASSERT_TRUE(waitUntilMapped(toplevel));
+
+  const auto pixelAt = [&](int x, int y) {
+    settle(100ms);
+    GdkPixbuf* pixbuf = gdk_pixbuf_get_from_window(gtk_widget_get_window(toplevel), x, y, 1, 1);
+    const guchar* pixel = gdk_pixbuf_get_pixels(pixbuf);
+    const std::array<int, 3> rgb{pixel[0], pixel[1], pixel[2]};
+    g_object_unref(pixbuf);
+    return rgb;
+  };
+  constexpr std::array<int, 3> red{255, 0, 0};
+  constexpr std::array<int, 3> blue{0, 0, 255};
+  // A subview reaches beyond its superview unless the superview clips.
+  EXPECT_TRUE(waitFor([&] { return pixelAt(150, 150) == red; }, 3s));
+  EXPECT_EQ(pixelAt(250, 250), blue);
+  parent->setClipsToBounds(true);
+  EXPECT_TRUE(waitFor([&] { return pixelAt(150, 150) == blue; }, 3s));
+  EXPECT_EQ(pixelAt(50, 50), red);
+  child->setBackgroundColor(std::nullopt);
+  EXPECT_TRUE(waitFor([&] { return pixelAt(50, 50) == blue; }, 3s));
 }
 
 TEST_F(ViewTest, LabelsAndButtonsShowTheirTextAndMeasureIt) {
