@@ -8,16 +8,34 @@
 
 namespace tnl_e2e {
 
-void click(std::pair<int, int> point) {
+// Runs whatever the main loop has ready now (GDK's crossing events after windows changed).
+void drain() {
+  for (int i = 0; i < 1000 && g_main_context_pending(nullptr); ++i) {
+    g_main_context_iteration(nullptr, FALSE);
+  }
+}
+
+// Lets layout run and the windows' stacking and input shapes follow the model.
+void waitForRouting() {
+  settle(std::chrono::milliseconds(50));
+  waitFor([] { return !TNLGtkViewBox::isSyncScheduled(); });
+  drain();
+}
+
+void click(GtkWidget* widget, int x, int y) {
+  waitForRouting();
+  const auto point = screenPoint(widget, x, y);
   Display* display = gdk_x11_display_get_xdisplay(gdk_display_get_default());
   XTestFakeMotionEvent(display, -1, point.first, point.second, CurrentTime);
   XTestFakeButtonEvent(display, 1, True, CurrentTime);
   XTestFakeButtonEvent(display, 1, False, CurrentTime);
   XSync(display, False);
-  settle(std::chrono::milliseconds(150));
+  settle(std::chrono::milliseconds(50));
 }
 
-void scroll(std::pair<int, int> point, int notches) {
+void scroll(GtkWidget* widget, int x, int y, int notches) {
+  waitForRouting();
+  const auto point = screenPoint(widget, x, y);
   Display* display = gdk_x11_display_get_xdisplay(gdk_display_get_default());
   XTestFakeMotionEvent(display, -1, point.first, point.second, CurrentTime);
   // Buttons 4 and 5 are the wheel's up and down.
@@ -27,7 +45,7 @@ void scroll(std::pair<int, int> point, int notches) {
     XTestFakeButtonEvent(display, button, False, CurrentTime);
   }
   XSync(display, False);
-  settle(std::chrono::milliseconds(150));
+  settle(std::chrono::milliseconds(50));
 }
 
 void movePointerAway() {

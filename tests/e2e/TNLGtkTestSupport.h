@@ -58,20 +58,23 @@ inline std::pair<int, int> screenPoint(GtkWidget* widget, int x, int y) {
   return {originX + inToplevelX, originY + inToplevelY};
 }
 
-// A real click at a screen point: the X server moves the pointer and presses the first button,
-// so GDK picks the window under the pointer as for a user's click.
-void click(std::pair<int, int> point);
-// A real turn of the mouse wheel at a screen point, `notches` down (negative: up).
-void scroll(std::pair<int, int> point, int notches);
+// A real click at the widget's point (x, y), once layout and input routing have caught up with
+// the model: the X server moves the pointer and presses the first button, so GDK picks the
+// window under the pointer as for a user's click.
+void click(GtkWidget* widget, int x, int y);
+// A real turn of the mouse wheel there, `notches` down (negative: up).
+void scroll(GtkWidget* widget, int x, int y, int notches);
 // Moves the pointer to the screen's far corner, away from the tests' windows (without a window
 // manager the window under the pointer gets the keyboard focus).
 void movePointerAway();
 
-// Waits until the GtkWindow is on screen (mapped and exposed through the X server).
+// Waits until the GtkWindow is on screen: mapped by GTK and, as the X server's map
+// notification tells, no longer withdrawn.
 inline bool waitUntilMapped(GtkWidget* window) {
   return waitFor([&] {
     GdkWindow* gdkWindow = gtk_widget_get_window(window);
-    return gtk_widget_get_mapped(window) && gdkWindow && gdk_window_is_viewable(gdkWindow);
+    return gtk_widget_get_mapped(window) && gdkWindow && gdk_window_is_viewable(gdkWindow) &&
+           (gdk_window_get_state(gdkWindow) & GDK_WINDOW_STATE_WITHDRAWN) == 0;
   });
 }
 

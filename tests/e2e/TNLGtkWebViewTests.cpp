@@ -306,9 +306,9 @@ TEST_F(WebViewTest, NewWindowActionsHaveNoTargetFrameAndOpenNothing) {
   };
   const size_t windowsBefore = windows();
 
-  click(screenPoint(widget, 100, 100));
+  click(widget, 100, 100);
   EXPECT_TRUE(waitFor([&] { return delegate->saw(server.url("/popup") + " none"); }));
-  click(screenPoint(widget, 100, 300));
+  click(widget, 100, 300);
   EXPECT_TRUE(waitFor([&] { return delegate->saw(server.url("/opened") + " none"); }));
 
   settle(300ms);

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 // GTK types, declared here so that this header does not need the GTK headers.
 typedef struct _GtkWidget GtkWidget;
@@ -40,6 +41,10 @@ class TNLGtkToolkit {
   // view's frame. The view keeps its own subviews' widgets. Null before useGtkBackend or for a
   // view not owned by a std::shared_ptr.
   static GtkWidget* widgetForView(const std::shared_ptr<TNLView>& view);
+
+  // Writes what the main screen shows (every window on it, covers included) as a PNG file; false
+  // when there is no display or the file cannot be written.
+  static bool writeScreenshot(const std::string& path);
 
   // The output volume, 0 to 1: the sound server's (PulseAudio, or PipeWire's PulseAudio
   // service) when one answers, else 1.0.

@@ -4,6 +4,7 @@
 
 #include "Platform/Foundation/TNLMainQueue.h"
 #include "Platform/Foundation/TNLPlatformLog.h"
+#include "Platform/Gtk/TNLGObjectRef.h"
 #include "Platform/Gtk/TNLGtkBackend.h"
 #include "Platform/Gtk/TNLGtkBoxed.h"
 #include "Platform/Gtk/TNLGtkSoundVolume.h"
@@ -50,6 +51,29 @@ GtkWidget* TNLGtkToolkit::widgetForView(const std::shared_ptr<TNLView>& view) {
   }
   box->setHostPlaced(true);
   return widget;
+}
+
+bool TNLGtkToolkit::writeScreenshot(const std::string& path) {
+  if (!isInstalled()) {
+    return false;
+  }
+  // Pending drawing first, so that what was just shown is in the picture.
+  while (g_main_context_iteration(nullptr, FALSE)) {
+  }
+  GdkWindow* root = gdk_get_default_root_window();
+  if (!root) {
+    return false;
+  }
+  auto pixbuf = TNLGObjectRef<GdkPixbuf>::adopt(gdk_pixbuf_get_from_window(
+      root, 0, 0, gdk_window_get_width(root), gdk_window_get_height(root)));
+  GError* error = nullptr;
+  const bool written =
+      pixbuf && gdk_pixbuf_save(pixbuf.get(), path.c_str(), "png", &error, nullptr);
+  if (error) {
+    TNLPlatformLog("TNLGtkToolkit: no screenshot at " + path + ": " + error->message);
+    g_error_free(error);
+  }
+  return written;
 }
 
 float TNLGtkToolkit::outputVolume() {

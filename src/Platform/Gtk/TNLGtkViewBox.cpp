@@ -507,6 +507,10 @@ gboolean TNLGtkViewBox::scrolled(const GdkEventScroll& event) {
   return scrollHandler_ ? scrollHandler_(event) : FALSE;
 }
 
+bool TNLGtkViewBox::isSyncScheduled() {
+  return syncScheduled;
+}
+
 void TNLGtkViewBox::scheduleSync() {
   if (syncScheduled) {
     return;

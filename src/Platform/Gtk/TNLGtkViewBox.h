@@ -76,6 +76,8 @@ class TNLGtkViewBox {
   // Asks for one pass, on a later loop iteration, that restacks windows and reshapes input after
   // geometry, visibility or hierarchy changed anywhere.
   static void scheduleSync();
+  // Whether that pass is still to run.
+  static bool isSyncScheduled();
 
   // GTK side; called by the container's class functions.
   void measure(GtkOrientation orientation, int* minimum, int* natural) const;
