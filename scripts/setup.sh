@@ -14,8 +14,8 @@ packages=(
   libgtk-3-dev libwebkit2gtk-4.1-dev
   # loopback servers in tests and the demo
   libcpp-httplib-dev
-  # headless display for web tests and the demo
-  xvfb xauth
+  # headless display for web tests and the demo; synthesised pointer input in the e2e tests
+  xvfb xauth libxtst-dev
   # runtime for the sanitizer presets
   libclang-rt-14-dev
 )

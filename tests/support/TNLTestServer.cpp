@@ -94,6 +94,9 @@ TNLTestServer::TNLTestServer() : server_(std::make_unique<httplib::Server>()) {
   }
   // One request per connection: stopping the server then never waits for idle keep-alive reads.
   server_->set_keep_alive_max_count(1);
+  // Web engines open connections ahead of need (WebKit preconnects when a load starts) that may
+  // never carry a request; the server waits this long for one, and stopping waits for that.
+  server_->set_keep_alive_timeout(1);
   port_ = server_->bind_to_any_port("127.0.0.1");
   if (port_ <= 0) {
     throw std::runtime_error("test server could not bind to 127.0.0.1");

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+// GTK types, declared here so that this header does not need the GTK headers.
+typedef struct _GtkWidget GtkWidget;
+typedef struct _GtkWindow GtkWindow;
+
+class TNLView;
+class TNLWindow;
+
+// Real windows and web views: the GTK 3 + WebKitGTK 4.1 backend of the toolkit. Link TarnelAdGtk
+// and choose it once, at start-up, on the main thread, before any view is made:
+//
+//   if (!TNLGtkToolkit::useGtkBackend()) { /* no display: stay headless */ }
+//   auto window = TNLGtkToolkit::windowForGtkWindow(GTK_WINDOW(myWindow));
+//   window->setRootViewController(myController);      // full-screen ads are presented over it
+//   gtk_box_pack_start(myBox, TNLGtkToolkit::widgetForView(banner), FALSE, FALSE, 0);
+//
+// Full-screen presentation covers the presenting window with a window of its own. Web pages run
+// in WebKitGTK with JavaScript, and navigations reach the web view's navigation delegate. The
+// application state follows the focus and minimising of the windows, the main screen follows
+// the monitor. See docs/architecture.md, "GTK backend".
+class TNLGtkToolkit {
+ public:
+  // Initialises GTK if the host has not and installs the backend. False, with nothing changed,
+  // when there is no display or when called off the main thread.
+  static bool useGtkBackend();
+  static bool isInstalled();
+
+  // The toolkit window for a host's GtkWindow (the same one for the same GtkWindow), with its
+  // frame, visibility and size changes following the GtkWindow. The window's own content stays
+  // the host's; views of the window appear where the host places their widgets, and
+  // controllers presented in it cover the GtkWindow. Null before useGtkBackend.
+  static std::shared_ptr<TNLWindow> windowForGtkWindow(GtkWindow* window);
+
+  // The widget of a view, for a host to place in a layout of its own (a banner view in a box).
+  // The widget asks for the view's model size, and where the layout puts it is reported to the
+  // view's frame. The view keeps its own subviews' widgets. Null before useGtkBackend or for a
+  // view not owned by a std::shared_ptr.
+  static GtkWidget* widgetForView(const std::shared_ptr<TNLView>& view);
+
+  // Writes what the main screen shows (every window on it, covers included) as a PNG file; false
+  // when there is no display or the file cannot be written.
+  static bool writeScreenshot(const std::string& path);
+
+  // The output volume, 0 to 1: the sound server's (PulseAudio, or PipeWire's PulseAudio
+  // service) when one answers, else 1.0.
+  static float outputVolume();
+  // Calls `observer` on the main thread with the volume now and whenever it changes (the
+  // sound server is asked every second); null stops. The device facts hook in here.
+  static void setOutputVolumeObserver(std::function<void(float volume)> observer);
+};

@@ -1,0 +1,61 @@
+#include "e2e/TNLGtkTestSupport.h"
+
+// The X headers come last: their macros (None, True, Status...) would clash with the others.
+#include <X11/extensions/XTest.h>
+
+#include <gdk/gdkx.h>
+#include <cstdlib>
+
+namespace tnl_e2e {
+
+// Runs whatever the main loop has ready now (GDK's crossing events after windows changed).
+void drain() {
+  for (int i = 0; i < 1000 && g_main_context_pending(nullptr); ++i) {
+    g_main_context_iteration(nullptr, FALSE);
+  }
+}
+
+// Lets layout run and the windows' stacking and input shapes follow the model.
+void waitForRouting() {
+  settle(std::chrono::milliseconds(50));
+  waitFor([] { return !TNLGtkViewBox::isSyncScheduled(); });
+  drain();
+}
+
+void click(GtkWidget* widget, int x, int y) {
+  waitForRouting();
+  const auto point = screenPoint(widget, x, y);
+  Display* display = gdk_x11_display_get_xdisplay(gdk_display_get_default());
+  XTestFakeMotionEvent(display, -1, point.first, point.second, CurrentTime);
+  XTestFakeButtonEvent(display, 1, True, CurrentTime);
+  XTestFakeButtonEvent(display, 1, False, CurrentTime);
+  XSync(display, False);
+  settle(std::chrono::milliseconds(50));
+}
+
+void scroll(GtkWidget* widget, int x, int y, int notches) {
+  waitForRouting();
+  const auto point = screenPoint(widget, x, y);
+  Display* display = gdk_x11_display_get_xdisplay(gdk_display_get_default());
+  XTestFakeMotionEvent(display, -1, point.first, point.second, CurrentTime);
+  // Buttons 4 and 5 are the wheel's up and down.
+  const unsigned button = notches < 0 ? 4 : 5;
+  for (int i = 0; i < std::abs(notches); ++i) {
+    XTestFakeButtonEvent(display, button, True, CurrentTime);
+    XTestFakeButtonEvent(display, button, False, CurrentTime);
+  }
+  XSync(display, False);
+  settle(std::chrono::milliseconds(50));
+}
+
+void movePointerAway() {
+  GdkDisplay* gdkDisplay = gdk_display_get_default();
+  Display* display = gdk_x11_display_get_xdisplay(gdkDisplay);
+  GdkRectangle screen;
+  gdk_monitor_get_geometry(gdk_display_get_monitor(gdkDisplay, 0), &screen);
+  XTestFakeMotionEvent(display, -1, screen.width - 1, screen.height - 1, CurrentTime);
+  XSync(display, False);
+  settle(std::chrono::milliseconds(50));
+}
+
+}  // namespace tnl_e2e

@@ -1,0 +1,394 @@
+// The web view on WebKitGTK: real pages from a loopback server, their scripts, the navigation
+// policy with its frames, statements from C++, the scroll view and transparency.
+
+#include <gtest/gtest.h>
+#include <webkit2/webkit2.h>
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+
+#include "Platform/Gtk/TNLGtkWebEngine.h"
+#include "TarnelAd/Toolkit/TNLScrollView.h"
+#include "TarnelAd/Toolkit/TNLWindow.h"
+#include "e2e/TNLGtkTestSupport.h"
+#include "support/TNLTestServer.h"
+
+namespace {
+
+using namespace tnl_e2e;
+using Policy = TNLNavigationActionPolicy;
+using Response = TNLTestServer::Response;
+
+Response html(const std::string& body) {
+  return Response(200, body, "text/html");
+}
+
+TNLWebViewConfiguration creativeConfiguration() {
+  TNLWebViewConfiguration configuration;
+  configuration.mediaTypesRequiringUserActionForPlayback = TNLAudiovisualMediaTypes::none;
+  configuration.allowsInlineMediaPlayback = true;
+  return configuration;
+}
+
+class WebViewTest : public GtkTest {
+ protected:
+  void SetUp() override {
+    GtkTest::SetUp();
+    window = TNLWindow::create({0.0, 0.0, 400.0, 400.0});
+    window->makeKeyAndVisible();
+    webView = TNLWebView::create({0.0, 0.0, 400.0, 400.0}, creativeConfiguration());
+    window->addSubview(webView);
+    delegate = std::make_shared<RecordingDelegate>();
+    webView->setNavigationDelegate(delegate);
+  }
+
+  // As a creative's view decides: its own page and everything outside the main frame are
+  // allowed, other main-frame navigations cancelled.
+  void allowOnly(const std::string& ownPage) {
+    delegate->policy = [ownPage](const TNLNavigationAction& action) {
+      const auto& frame = action.targetFrame();
+      return action.requestURL() == ownPage || !frame || !frame->isMainFrame() ? Policy::allow
+                                                                               : Policy::cancel;
+    };
+  }
+
+  // Loads `body` as the creative at `base` and waits until it has finished.
+  void loadCreative(const std::string& body, const std::string& base) {
+    webView->loadHTMLString(body, base);
+    ASSERT_TRUE(waitFor([&] { return delegate->finished >= 1; })) << "the page did not finish";
+  }
+
+  bool waitForRequest(const std::string& path) {
+    return waitFor([&] { return !server.requestsTo(path).empty(); });
+  }
+
+  // Runs a script in the page and returns its result as a string.
+  std::string evaluate(const std::string& script) {
+    struct Result {
+      bool done = false;
+      std::string value;
+    } result;
+    webkit_web_view_evaluate_javascript(
+        TNLGtkWebEngine::of(webView)->webKitView(), script.c_str(), -1, nullptr, nullptr, nullptr,
+        [](GObject* view, GAsyncResult* async, gpointer data) {
+          auto* out = static_cast<Result*>(data);
+          JSCValue* value =
+              webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), async, nullptr);
+          if (value) {
+            char* text = jsc_value_to_string(value);
+            out->value = text;
+            g_free(text);
+            g_object_unref(value);
+          }
+          out->done = true;
+        },
+        &result);
+    waitFor([&] { return result.done; });
+    return result.value;
+  }
+
+  TNLTestServer server;
+  std::shared_ptr<TNLWindow> window;
+  std::shared_ptr<TNLWebView> webView;
+  std::shared_ptr<RecordingDelegate> delegate;
+};
+
+TEST_F(WebViewTest, HTMLWithABaseURLRunsItsScriptAndFinishesAsTheMainFrame) {
+  server.on("GET", "/ran", Response(204));
+  // Relative URLs resolve against the base; the delegate sees the base as it was given.
+  loadCreative("<script>fetch('/ran')</script>", server.baseURL());
+
+  EXPECT_TRUE(waitForRequest("/ran"));
+  ASSERT_FALSE(delegate->seen.empty());
+  EXPECT_EQ(delegate->seen.front(), server.baseURL() + " main");
+  settle(200ms);
+  EXPECT_EQ(delegate->finished, 1);
+
+  // Without a base URL the page has no origin.
+  webView->loadHTMLString("<p>blank</p>", std::nullopt);
+  ASSERT_TRUE(waitFor([&] { return delegate->finished == 2; }));
+  EXPECT_EQ(delegate->seen.back(), "about:blank main");
+}
+
+TEST_F(WebViewTest, APageLoadsAndRunsBeforeItsViewIsOnScreen) {
+  // Full-screen ads load before they are presented.
+  server.on("POST", "/report", Response(204));
+  const auto offscreen = TNLWebView::create({0.0, 0.0, 320.0, 480.0}, creativeConfiguration());
+  const auto offscreenDelegate = std::make_shared<RecordingDelegate>();
+  offscreen->setNavigationDelegate(offscreenDelegate);
+  offscreen->loadHTMLString(
+      "<script>setTimeout(() => fetch('/report', {method: 'POST', body: 'timer'}), 10)</script>",
+      server.url("/creative.html"));
+  ASSERT_TRUE(waitFor([&] { return offscreenDelegate->finished == 1; }));
+  ASSERT_TRUE(waitForRequest("/report"));
+  EXPECT_EQ(server.requestsTo("/report").front().body, "timer");
+  EXPECT_EQ(gtk_widget_get_toplevel(widgetOf(offscreen)), widgetOf(offscreen));
+}
+
+TEST_F(WebViewTest, RequestsAreMainFrameNavigationsAndACancelledOneLoadsNothing) {
+  server.on("GET", "/page", html("<script>fetch('/page-ran')</script>"));
+  server.on("GET", "/page-ran", Response(204));
+  server.on("GET", "/refused", html("<script>fetch('/refused-ran')</script>"));
+  delegate->policy = [&](const TNLNavigationAction& action) {
+    return action.requestURL().ends_with("/refused") ? Policy::cancel : Policy::allow;
+  };
+
+  webView->loadRequest(server.url("/page"));
+  ASSERT_TRUE(waitFor([&] { return delegate->finished == 1; }));
+  EXPECT_TRUE(waitForRequest("/page-ran"));
+  EXPECT_EQ(delegate->seen.front(), server.url("/page") + " main");
+
+  webView->loadRequest(server.url("/refused"));
+  ASSERT_TRUE(waitFor([&] { return delegate->saw(server.url("/refused") + " main"); }));
+  settle(300ms);
+  EXPECT_TRUE(server.requestsTo("/refused").empty());
+  EXPECT_EQ(delegate->finished, 1);
+}
+
+TEST_F(WebViewTest, StatementsFromTheLibraryReachThePageInOrder) {
+  server.on("POST", "/report", Response(204));
+  loadCreative(R"(<script>
+      window.received = [];
+      window.ZENKO = { say: (word) => received.push(word) };
+      function receivePayload(payload) { received.push('payload:' + payload.zone); }
+      function report() { fetch('/report', {method: 'POST', body: JSON.stringify(received)}); }
+    </script>)",
+               server.url("/creative.html"));
+
+  webView->evaluateJavaScript("receivePayload({\"zone\": \"lobby\"})");
+  for (const char* word : {"one", "two", "three", "four", "five"}) {
+    webView->evaluateJavaScript(std::string("ZENKO.say('") + word + "')");
+  }
+  webView->evaluateJavaScript("report()");
+
+  ASSERT_TRUE(waitForRequest("/report"));
+  EXPECT_EQ(nlohmann::json::parse(server.requestsTo("/report").front().body),
+            nlohmann::json({"payload:lobby", "one", "two", "three", "four", "five"}));
+}
+
+TEST_F(WebViewTest, MainFrameBridgeNavigationIsCancelledAndThePageCarriesOn) {
+  server.on("GET", "/slow", Response(200, "done").after(700ms));
+  server.on("GET", "/report", Response(204));
+  const std::string page = server.url("/creative.html");
+  allowOnly(page);
+  // The page is loading something when it calls the bridge; the call must not stop it.
+  loadCreative(R"(<script>
+      window.marker = 'original';
+      fetch('/slow').then((r) => r.text()).then(
+          (text) => fetch('/report?fetch=' + text + '&page=' + window.marker),
+          () => fetch('/report?fetch=aborted'));
+      setTimeout(() => { location.href = 'bridge://close'; }, 50);
+    </script>)",
+               page);
+
+  ASSERT_TRUE(waitForRequest("/report"));
+  EXPECT_EQ(server.requestsTo("/report").front().query, "fetch=done&page=original");
+  EXPECT_TRUE(delegate->saw("bridge://close main"));
+  settle(200ms);
+  EXPECT_EQ(delegate->finished, 1);
+}
+
+TEST_F(WebViewTest, MainFrameNavigationToAWebPageIsDecidedBeforeAnythingIsRequested) {
+  server.on("GET", "/landing", html("landing"));
+  server.on("GET", "/still-here", Response(204));
+  const std::string page = server.url("/creative.html");
+  allowOnly(page);
+  loadCreative(R"(<script>
+      setTimeout(() => { location.href = '/landing'; }, 50);
+      setTimeout(() => fetch('/still-here'), 500);
+    </script>)",
+               page);
+
+  ASSERT_TRUE(waitForRequest("/still-here"));
+  EXPECT_TRUE(delegate->saw(server.url("/landing") + " main"));
+  EXPECT_TRUE(server.requestsTo("/landing").empty());
+  EXPECT_EQ(delegate->finished, 1);
+}
+
+TEST_F(WebViewTest, AnAllowedMainFrameNavigationLoadsAndFinishes) {
+  server.on("GET", "/landing", html("<script>fetch('/landed')</script>"));
+  server.on("GET", "/landed", Response(204));
+  loadCreative(
+      "<a id=link href='/landing'>go</a><script>setTimeout(() => link.click(), 50)</script>",
+      server.url("/creative.html"));
+
+  ASSERT_TRUE(waitForRequest("/landed"));
+  EXPECT_TRUE(delegate->saw(server.url("/landing") + " main"));
+  EXPECT_TRUE(waitFor([&] { return delegate->finished == 2; }));
+}
+
+TEST_F(WebViewTest, ADecisionTakenLaterHoldsTheNavigationUntilThen) {
+  server.on("GET", "/landing", html("landing"));
+  // A delegate that keeps the landing page's handler to answer later.
+  class Holding : public RecordingDelegate {
+   public:
+    void webViewDecidePolicyForNavigationActionDecisionHandler(
+        const std::shared_ptr<TNLWebView>& webView, const TNLNavigationAction& action,
+        DecisionHandler handler) override {
+      if (action.requestURL().ends_with("/landing")) {
+        held = std::move(handler);
+        return;
+      }
+      RecordingDelegate::webViewDecidePolicyForNavigationActionDecisionHandler(webView, action,
+                                                                               std::move(handler));
+    }
+    DecisionHandler held;
+  };
+  auto holding = std::make_shared<Holding>();
+  webView->setNavigationDelegate(holding);
+  webView->loadHTMLString("<script>setTimeout(() => { location.href = '/landing'; }, 50)</script>",
+                          server.url("/creative.html"));
+
+  ASSERT_TRUE(waitFor([&] { return static_cast<bool>(holding->held); }));
+  settle(300ms);
+  EXPECT_TRUE(server.requestsTo("/landing").empty());
+  holding->held(Policy::allow);
+  EXPECT_TRUE(waitForRequest("/landing"));
+  EXPECT_TRUE(waitFor([&] { return holding->finished == 2; }));
+}
+
+TEST_F(WebViewTest, IframeNavigationsAreChildFramesAndTheMainFrameStaysMain) {
+  server.on("GET", "/frame.html", html(R"(<script>
+      fetch('/frame-ran');
+      setTimeout(() => { location.href = '/frame-next.html'; }, 50);
+    </script>)"));
+  server.on("GET", "/frame-ran", Response(204));
+  server.on("GET", "/frame-next.html", html("<script>fetch('/frame-next-ran')</script>"));
+  server.on("GET", "/frame-next-ran", Response(204));
+  const std::string page = server.url("/creative.html");
+  allowOnly(page);
+  loadCreative(R"(<iframe src="bridge://expand=250&touch=true"></iframe><script>
+      const frame = document.createElement('iframe');
+      frame.src = '/frame.html';
+      document.body.appendChild(frame);
+      setTimeout(() => { location.href = 'bridge://close'; }, 400);
+    </script>)",
+               page);
+
+  // Frames of the page: from its markup, from its script, and one navigating itself.
+  ASSERT_TRUE(waitForRequest("/frame-next-ran"));
+  EXPECT_TRUE(waitForRequest("/frame-ran"));
+  EXPECT_TRUE(delegate->saw("bridge://expand=250&touch=true iframe"));
+  EXPECT_TRUE(delegate->saw(server.url("/frame.html") + " iframe"));
+  EXPECT_TRUE(delegate->saw(server.url("/frame-next.html") + " iframe"));
+  // With frames on the page, the page's own bridge call is still the main frame's.
+  EXPECT_TRUE(waitFor([&] { return delegate->saw("bridge://close main"); }));
+  for (const auto& entry : delegate->seen) {
+    EXPECT_FALSE(entry.starts_with("http") && entry.ends_with(" main") && entry != page + " main")
+        << entry;
+  }
+  EXPECT_EQ(delegate->finished, 1);
+}
+
+TEST_F(WebViewTest, NewWindowActionsHaveNoTargetFrameAndOpenNothing) {
+  server.on("GET", "/popup", html("popup"));
+  server.on("GET", "/opened", html("opened"));
+  // The top half is a link to a new window, the bottom half opens one from script; both need
+  // a user's click to get past the pop-up blocker.
+  loadCreative(R"HTML(<body style="margin:0">
+      <a href="/popup" target="_blank" style="display:block;height:200px;background:#0f0">link</a>
+      <div onclick="window.open('/opened')" style="height:200px;background:#00f">open</div>
+    </body>)HTML",
+               server.url("/creative.html"));
+  GtkWidget* widget = widgetOf(webView);
+  ASSERT_NE(widget, nullptr);
+  // Top-level windows, not counting pop-ups (the link's tooltip).
+  const auto windows = [] {
+    GList* toplevels = gtk_window_list_toplevels();
+    size_t count = 0;
+    for (GList* item = toplevels; item; item = item->next) {
+      count += gtk_window_get_window_type(GTK_WINDOW(item->data)) == GTK_WINDOW_TOPLEVEL ? 1 : 0;
+    }
+    g_list_free(toplevels);
+    return count;
+  };
+  const size_t windowsBefore = windows();
+
+  click(widget, 100, 100);
+  EXPECT_TRUE(waitFor([&] { return delegate->saw(server.url("/popup") + " none"); }));
+  click(widget, 100, 300);
+  EXPECT_TRUE(waitFor([&] { return delegate->saw(server.url("/opened") + " none"); }));
+
+  settle(300ms);
+  EXPECT_EQ(windows(), windowsBefore);
+  EXPECT_EQ(delegate->finished, 1);
+  // Each new-window action is put to the delegate once.
+  EXPECT_EQ(
+      std::count(delegate->seen.begin(), delegate->seen.end(), server.url("/popup") + " none"), 1);
+}
+
+TEST_F(WebViewTest, TheScrollViewActsOnThePageAndThePageReportsItsScrolling) {
+  loadCreative("<div style='height:3000px;width:10px'></div>", server.url("/creative.html"));
+  const auto scrollView = webView->scrollView();
+
+  scrollView->setContentOffset({0.0, 500.0});
+  EXPECT_TRUE(waitFor([&] { return evaluate("window.scrollY") == "500"; }));
+
+  scrollView->setScrollEnabled(false);
+  EXPECT_TRUE(waitFor([&] {
+    return evaluate("getComputedStyle(document.documentElement).overflowY") == "hidden";
+  }));
+  scrollView->setBounces(false);
+  EXPECT_TRUE(waitFor([&] {
+    return evaluate("getComputedStyle(document.documentElement).overscrollBehaviorY") == "none";
+  }));
+  scrollView->setScrollEnabled(true);
+  scrollView->setBounces(true);
+  EXPECT_TRUE(waitFor([&] {
+    return evaluate("getComputedStyle(document.documentElement).overflowY") != "hidden";
+  }));
+
+  // The page scrolls by itself: the model follows.
+  evaluate("window.scrollTo(0, 800)");
+  EXPECT_TRUE(waitFor([&] { return scrollView->contentOffset().y == 800.0; }));
+}
+
+TEST_F(WebViewTest, AViewThatIsNotOpaqueShowsWhatLiesBehindIt) {
+  window->setBackgroundColor(TNLColor{1.0, 0.0, 0.0, 1.0});
+  loadCreative("<body style='margin:0'></body>", server.url("/creative.html"));
+  GtkWidget* toplevel = gtk_widget_get_toplevel(widgetOf(webView));
+  ASSERT_TRUE(waitUntilMapped(toplevel));
+
+  const auto pixelAt = [&](int x, int y) {
+    settle(300ms);
+    GdkPixbuf* pixbuf = gdk_pixbuf_get_from_window(gtk_widget_get_window(toplevel), x, y, 1, 1);
+    const guchar* pixel = gdk_pixbuf_get_pixels(pixbuf);
+    const std::array<int, 3> rgb{pixel[0], pixel[1], pixel[2]};
+    g_object_unref(pixbuf);
+    return rgb;
+  };
+  // Opaque (the default): the page's white.
+  EXPECT_TRUE(waitFor([&] { return pixelAt(200, 200) == std::array<int, 3>{255, 255, 255}; }, 5s));
+  webView->setOpaque(false);
+  EXPECT_TRUE(waitFor([&] { return pixelAt(200, 200) == std::array<int, 3>{255, 0, 0}; }, 5s));
+}
+
+TEST_F(WebViewTest, TheConfigurationReachesTheEngine) {
+  const auto engine = TNLGtkWebEngine::of(webView);
+  WebKitSettings* settings = webkit_web_view_get_settings(engine->webKitView());
+  EXPECT_TRUE(webkit_settings_get_enable_javascript(settings));
+  EXPECT_FALSE(webkit_settings_get_media_playback_requires_user_gesture(settings));
+  EXPECT_TRUE(webkit_settings_get_media_playback_allows_inline(settings));
+
+  // The platform's defaults: media waits for a gesture, no inline playback; and without
+  // JavaScript the page loads but its script does not run.
+  TNLWebViewConfiguration plain;
+  plain.javaScriptEnabled = false;
+  const auto quiet = TNLWebView::create({0.0, 0.0, 100.0, 100.0}, plain);
+  window->addSubview(quiet);
+  const auto quietDelegate = std::make_shared<RecordingDelegate>();
+  quiet->setNavigationDelegate(quietDelegate);
+  server.on("GET", "/ran", Response(204));
+  quiet->loadHTMLString("<script>fetch('/ran')</script>", server.baseURL());
+  ASSERT_TRUE(waitFor([&] { return quietDelegate->finished == 1; }));
+  WebKitSettings* quietSettings =
+      webkit_web_view_get_settings(TNLGtkWebEngine::of(quiet)->webKitView());
+  EXPECT_TRUE(webkit_settings_get_media_playback_requires_user_gesture(quietSettings));
+  EXPECT_FALSE(webkit_settings_get_media_playback_allows_inline(quietSettings));
+  settle(300ms);
+  EXPECT_TRUE(server.requestsTo("/ran").empty());
+}
+
+}  // namespace
