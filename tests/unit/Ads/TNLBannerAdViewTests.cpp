@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "Ads/BannerAds/TNLBannerAd.h"
-#include "Ads/BannerAds/TNLBannerAdHandler.h"
 #include "Ads/Macros/TNLMacros.h"
 #include "Ads/TNLAdWebView.h"
 #include "Ads/TNLClickOutViewController.h"
@@ -326,22 +325,6 @@ TEST_F(BannerAdView, DestructionUndoesTheRegistrationsAndFinishesTheMeasurement)
   closed.reset();
   EXPECT_EQ(center->observerCount(), observersBefore + 1);
   EXPECT_FALSE(log.contains("exception"));
-}
-
-TEST(BannerAdHandler, ALoadedZoneAnswersAtOnceWithTheSameAd) {
-  const auto handler = TNLBannerAdHandler::sharedHandler();
-  EXPECT_EQ(TNLBannerAdHandler::sharedHandler(), handler);
-  const auto ad = std::make_shared<TNLBannerAd>();
-  handler->setLoadedAds({{"Z", ad}, {"", ad}});
-
-  std::vector<std::shared_ptr<TNLBannerAd>> answers;
-  for (const std::string zone : {"Z", "", "Z"}) {
-    handler->loadBannerAdForZone(
-        zone, [&](const std::shared_ptr<TNLBannerAd>& loaded) { answers.push_back(loaded); },
-        [](const TNLErrorPtr&) { ADD_FAILURE() << "no failure expected"; });
-  }
-  EXPECT_EQ(answers, (std::vector<std::shared_ptr<TNLBannerAd>>{ad, ad, ad}));
-  EXPECT_EQ(handler->loadedAds().size(), 2u);
 }
 
 }  // namespace
