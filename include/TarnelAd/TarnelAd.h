@@ -1,10 +1,13 @@
 #pragma once
 
-// Everything a host application uses: set-up, the full-screen ads and their delegates, the
-// hosting-context entry, the exported constants, device facts and the toolkit that views and
-// view controllers are made with.
+// Everything a host application uses: set-up, the full-screen ads and their delegates, the banner
+// view and its delegate, the hosting-context entry, the exported constants, device facts and the
+// toolkit that views and view controllers are made with.
 
 #include "TarnelAd/TNLAdConfiguration.h"
+#include "TarnelAd/TNLBannerAdDelegate.h"
+#include "TarnelAd/TNLBannerAdView.h"
+#include "TarnelAd/TNLBridgeDelegate.h"
 #include "TarnelAd/TNLConstants.h"
 #include "TarnelAd/TNLDeviceFacts.h"
 #include "TarnelAd/TNLHandler.h"

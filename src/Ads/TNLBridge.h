@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "Ads/TNLBridgeDelegate.h"
+#include "TarnelAd/TNLBridgeDelegate.h"
 
 // Reads the actions a creative sends as "bridge://<action>" and calls its delegate. Each action
 // is tested for the keys below as a substring, in this order, and the first key found decides:

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "Ads/TNLBridgeDelegate.h"
+#include "TarnelAd/TNLBridgeDelegate.h"
 #include "TarnelAd/Toolkit/TNLViewController.h"
 
 class TNLAdWebView;

@@ -1,0 +1,312 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <typeinfo>
+#include <vector>
+
+#include "Ads/BannerAds/TNLBannerAd.h"
+#include "Ads/BannerAds/TNLBannerAdHandler.h"
+#include "Ads/TNLAdWebView.h"
+#include "AppVerificationLibrary/OMIDAdEvents.h"
+#include "AppVerificationLibrary/OMIDError.h"
+#include "Manifest/TNLManifestHandler.h"
+#include "Platform/Foundation/TNLJSON.h"
+#include "Platform/Foundation/TNLMainQueue.h"
+#include "Platform/Http/TNLHttpSession.h"
+#include "Platform/Toolkit/Headless/TNLHeadlessWebEngine.h"
+#include "TNLOMHandler.h"
+#include "TarnelAd/TarnelAd.h"
+#include "support/OMIDTestStatements.h"
+#include "support/TNLTestAdService.h"
+
+using namespace std::chrono_literals;
+using Response = TNLTestServer::Response;
+using Calls = std::vector<std::string>;
+using Target = TNLHeadlessWebEngine::Target;
+
+namespace {
+
+// Ads and pages answer after this delay, so that a tracker sent before a request has arrived
+// before the next one is sent (trackers travel on connections of their own).
+constexpr auto kContentDelay = 100ms;
+constexpr char kBannerPage[] = "<html><body><script>/* banner */</script></body></html>";
+
+// The host's screen: banners sit in its view and it hears about them. Every callback is noted
+// with its thread, and the banner it names is kept.
+class BannerScreen : public TNLViewController, public TNLBannerAdDelegate {
+ public:
+  void onBannerAdReadyForZone(const std::shared_ptr<TNLBannerAdView>& banner,
+                              const std::string& zone) override {
+    note("ready " + zone, banner);
+  }
+  void onBannerAdFailedForZone(const std::shared_ptr<TNLBannerAdView>& banner,
+                               const std::string& zone) override {
+    note("failed " + zone, banner);
+  }
+  void onBannerAdClosedForZone(const std::shared_ptr<TNLBannerAdView>& banner,
+                               const std::string& zone) override {
+    note("closed " + zone, banner);
+  }
+
+  bool waitForCalls(size_t count) const {
+    return TNLMainQueue::runUntil([&] { return calls.size() >= count; });
+  }
+
+  Calls calls;
+  std::vector<std::shared_ptr<TNLBannerAdView>> banners;
+
+ private:
+  void note(const std::string& call, const std::shared_ptr<TNLBannerAdView>& banner) {
+    // Banner callbacks are promised on the main thread, so the lists need no lock.
+    const char* thread = TNLHttpSession::sharedSession()->isSessionThread() ? " @http"
+                         : TNLMainQueue::isMainThread()                     ? " @main"
+                                                                            : " @other";
+    calls.push_back(call + thread);
+    banners.push_back(banner);
+  }
+};
+
+// The statements sent to the creative itself, without the measurement SDK's commands.
+Calls creativeStatements(const std::shared_ptr<TNLWebView>& webView) {
+  Calls sent;
+  for (const auto& statement : OMIDTestStatements::statements(webView)) {
+    if (!statement.starts_with(OMIDTestStatements::kPrefix)) {
+      sent.push_back(statement);
+    }
+  }
+  return sent;
+}
+
+// A banner ad made by something other than the banner request path.
+class HouseBannerAd : public TNLBannerAd {};
+
+class BannerAds : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    service.install();
+    window->setRootViewController(screen);
+    window->makeKeyAndVisible();
+    server.on("GET", "/banner.html", Response(200, kBannerPage, "text/html").after(kContentDelay));
+    server.on("GET", "/dropped.html", Response::dropped("<html>").after(kContentDelay));
+    // Zone D's page breaks off; zone N has no ad; every other zone gets the banner.
+    server.on("GET", "/ads", [this](const TNLTestServer::Request& request) {
+      if (request.query.starts_with("z=N&")) {
+        return Response(404).after(kContentDelay);
+      }
+      const char* page = request.query.starts_with("z=D&") ? "/dropped.html" : "/banner.html";
+      return Response::json(TNLJSON::serialize({{"sdkType", "html"},
+                                                {"creative_tag", server.url(page)},
+                                                {"copy", {{"brandName", "Acme"}}}}))
+          .after(kContentDelay);
+    });
+    service.publishManifest({{0, "/ads"}});
+    warmUp();
+  }
+
+  // Fetches the manifest first, as an earlier load would have, so that trackers can be sent
+  // from the first load on.
+  void warmUp() {
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool done = false;
+    TNLManifestHandler::retrieveManifestWithSuccess(
+        [&](const auto&) {
+          std::lock_guard lock(mutex);
+          done = true;
+          changed.notify_all();
+        },
+        [](const auto&) {});
+    std::unique_lock lock(mutex);
+    ASSERT_TRUE(changed.wait_for(lock, 10s, [&] { return done; }));
+    ASSERT_TRUE(service.waitForEvents(1));
+  }
+
+  std::shared_ptr<TNLBannerAdView> placedBanner() {
+    auto banner = TNLBannerAdView::create(screen, "APP1", TNLBannerAdSizeStandard, screen);
+    screen->view()->addSubview(banner);
+    return banner;
+  }
+
+  static std::shared_ptr<TNLBannerAd> cached(const std::string& zone) {
+    const auto ads = TNLBannerAdHandler::sharedHandler()->loadedAds();
+    const auto found = ads.find(zone);
+    return found == ads.end() ? nullptr : found->second;
+  }
+
+  // The events received from `from` on. Events sent back to back (the return and the showing
+  // of a banner leave together) may reach the endpoint in either order, so they are compared
+  // sorted.
+  Calls sortedEventsFrom(size_t from) const {
+    const Calls all = service.events();
+    Calls part(all.begin() + static_cast<std::ptrdiff_t>(std::min(from, all.size())), all.end());
+    std::sort(part.begin(), part.end());
+    return part;
+  }
+
+  static Calls sorted(Calls calls) {
+    std::sort(calls.begin(), calls.end());
+    return calls;
+  }
+
+  TNLTestAdService service;
+  TNLTestServer& server = service.server;
+  std::shared_ptr<TNLWindow> window = TNLWindow::create();
+  std::shared_ptr<BannerScreen> screen = std::make_shared<BannerScreen>();
+};
+
+TEST_F(BannerAds, ABannerLoadsIntoItsWebViewAndTheZoneIsThenAnsweredFromTheCache) {
+  const auto banner = placedBanner();
+  banner->loadAdForZone("B");
+  ASSERT_TRUE(screen->waitForCalls(1));
+  EXPECT_EQ(screen->calls, Calls{"ready B @main"});
+  EXPECT_EQ(screen->banners[0], banner);
+  EXPECT_EQ(service.queriesTo("/ads"), Calls{"z=B&p=3"});
+
+  const auto ad = cached("B");
+  ASSERT_NE(ad, nullptr);
+  EXPECT_EQ(ad->html(), kBannerPage);
+  EXPECT_EQ(ad->zone(), "B");
+  const auto webView = banner->loadedWebView();
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return webView->loadedAd() != nullptr; }));
+  EXPECT_EQ(webView->loadedAd(), ad);
+  const auto engine = TNLHeadlessWebEngine::of(webView);
+  EXPECT_EQ(engine->html(), kBannerPage);
+  EXPECT_EQ(engine->baseURL(), server.url("/banner.html"));
+
+  ASSERT_TRUE(service.waitForEvents(4));
+  const Calls first = service.events();
+  EXPECT_EQ(Calls(first.begin(), first.begin() + 2),
+            (Calls{TNL_MANIFESTLOADED_TRACKER, TNL_ADREQUESTED_TRACKER}));
+  EXPECT_EQ(sortedEventsFrom(2), sorted({TNL_ADRETURNED_TRACKER, TNL_ADSHOWING_TRACKER}));
+
+  // Another banner for the zone: the same ad, without a request, answered before the call
+  // returns; the host still hears of it on a later turn of the main loop.
+  const auto again = placedBanner();
+  const size_t requestsBefore = server.requestsTo("/ads").size();
+  again->loadAdForZone("B");
+  EXPECT_EQ(screen->calls.size(), 1u);
+  ASSERT_TRUE(screen->waitForCalls(2));
+  EXPECT_EQ(screen->calls[1], "ready B @main");
+  EXPECT_EQ(screen->banners[1], again);
+  ASSERT_TRUE(
+      TNLMainQueue::runUntil([&] { return again->loadedWebView()->loadedAd() != nullptr; }));
+  EXPECT_EQ(again->loadedWebView()->loadedAd(), ad);
+  EXPECT_EQ(cached("B"), ad);
+  ASSERT_TRUE(service.waitForEvents(7));
+  TNLMainQueue::runFor(100ms);
+  EXPECT_EQ(server.requestsTo("/ads").size(), requestsBefore);
+  EXPECT_EQ(server.requestsTo("/banner.html").size(), 1u);
+  EXPECT_EQ(sortedEventsFrom(4),
+            sorted({TNL_ADREQUESTED_TRACKER, TNL_ADRETURNED_TRACKER, TNL_ADSHOWING_TRACKER}));
+}
+
+TEST_F(BannerAds, FailuresAreReportedAndLeaveTheCacheAsItWas) {
+  const auto banner = placedBanner();
+  banner->loadAdForZone("A");
+  ASSERT_TRUE(screen->waitForCalls(1));
+  const auto loaded = cached("A");
+  ASSERT_NE(loaded, nullptr);
+  ASSERT_TRUE(service.waitForEvents(4));
+
+  // The page breaks off: the ad was returned, but nothing is kept.
+  banner->loadAdForZone("D");
+  ASSERT_TRUE(screen->waitForCalls(2));
+  EXPECT_EQ(screen->calls[1], "failed D @main");
+  ASSERT_TRUE(service.waitForEvents(6));
+  EXPECT_EQ(sortedEventsFrom(4), sorted({TNL_ADREQUESTED_TRACKER, TNL_ADUNAVAILABLE_TRACKER}));
+
+  // No demand source has an ad.
+  banner->loadAdForZone("N");
+  ASSERT_TRUE(screen->waitForCalls(3));
+  EXPECT_EQ(screen->calls[2], "failed N @main");
+  ASSERT_TRUE(service.waitForEvents(8));
+
+  const auto ads = TNLBannerAdHandler::sharedHandler()->loadedAds();
+  EXPECT_EQ(ads.size(), 1u);
+  EXPECT_EQ(cached("A"), loaded);
+  // The banner's web view still shows what it was given.
+  EXPECT_EQ(banner->loadedWebView()->loadedAd(), loaded);
+
+  // An entry of a derived class is not a loaded banner: the zone is requested again and the
+  // entry replaced by what the request brings.
+  auto entries = ads;
+  entries["S"] = std::make_shared<HouseBannerAd>();
+  TNLBannerAdHandler::sharedHandler()->setLoadedAds(entries);
+  banner->loadAdForZone("S");
+  ASSERT_TRUE(screen->waitForCalls(4));
+  EXPECT_EQ(screen->calls[3], "ready S @main");
+  EXPECT_EQ(service.queriesTo("/ads").back(), "z=S&p=3");
+  const auto replaced = cached("S");
+  ASSERT_NE(replaced, nullptr);
+  const TNLAd& entry = *replaced;
+  EXPECT_EQ(typeid(entry), typeid(TNLBannerAd));
+}
+
+TEST_F(BannerAds, AnOptedInCreativeIsMeasuredSeenAndClosesItsBanner) {
+  const auto banner = placedBanner();
+  // Not visible yet, and before the bridge opens this is not even reported.
+  banner->setAlpha(0.5);
+  banner->loadAdForZone("B");
+  ASSERT_TRUE(screen->waitForCalls(1));
+  const auto webView = banner->loadedWebView();
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return webView->loadedAd() != nullptr; }));
+  const auto engine = TNLHeadlessWebEngine::of(webView);
+  EXPECT_TRUE(engine->evaluatedStatements().empty());
+
+  ASSERT_EQ(engine->playPageLoad(), TNLNavigationActionPolicy::allow);
+  TNLMainQueue::runFor(20ms);
+  const std::string payload = TNLJSON::serialize(webView->loadedAd()->fullAd(), true);
+  EXPECT_EQ(engine->evaluatedStatements(),
+            (Calls{"receivePayload(" + payload + ")", "ZENKO.setVolume(1.000000)",
+                   "ZENKO.isAdVisible(false)"}));
+  EXPECT_FALSE(banner->impressionSent());
+
+  // The opt-in opens one session for the banner's web view.
+  engine->deliverNavigationAction("bridge://optin?display", Target::mainFrame);
+  engine->deliverNavigationAction("bridge://optin?display", Target::mainFrame);
+  ASSERT_TRUE(OMIDTestStatements::waitFor(webView, "startSession"));
+  const auto sessions = TNLOMHandler::sharedHandler()->omidSessions();
+  ASSERT_EQ(sessions.size(), 1u);
+  const auto session = sessions.at(webView->address());
+  EXPECT_EQ(OMIDTestStatements::count(webView, "init"), 1u);
+
+  // Seen: the creative is told, and the impression is offered to the session, which leaves it
+  // to the scripts; its one ad-events channel is used up by that call.
+  banner->setAlpha(1.0);
+  TNLMainQueue::runFor(50ms);
+  EXPECT_EQ(creativeStatements(webView).back(), "ZENKO.isAdVisible(true)");
+  EXPECT_TRUE(banner->impressionSent());
+  TNLErrorPtr error;
+  EXPECT_EQ(OMIDTarnelAdEvents::create(session, &error), nullptr);
+  ASSERT_NE(error, nullptr);
+  EXPECT_EQ(error->code(), OMIDTarnelErrorEventFilterRejected);
+  EXPECT_EQ(OMIDTestStatements::count(webView, "publishImpressionEvent"), 0u);
+
+  // Close: the session finishes, the host hears of it, and the banner leaves the screen.
+  ASSERT_TRUE(service.waitForEvents(4));
+  engine->deliverNavigationAction("bridge://close", Target::mainFrame);
+  EXPECT_EQ(banner->loadedWebView(), nullptr);
+  EXPECT_EQ(banner->superview(), nullptr);
+  ASSERT_TRUE(screen->waitForCalls(2));
+  EXPECT_EQ(screen->calls[1], "closed B @main");
+  EXPECT_EQ(screen->banners[1], banner);
+  ASSERT_TRUE(OMIDTestStatements::waitFor(webView, "finishSession"));
+  ASSERT_TRUE(service.waitForEvents(5));
+  EXPECT_EQ(service.events().back(), TNL_ADCLOSED_TRACKER);
+  ASSERT_TRUE(TNLMainQueue::runUntil(
+      [] { return TNLOMHandler::sharedHandler()->omidSessions().empty(); }, 3s));
+
+  // Nothing more reaches the closed creative.
+  const size_t sent = creativeStatements(webView).size();
+  screen->view()->addSubview(banner);
+  banner->setAlpha(1.0);
+  engine->deliverNavigationAction("bridge://expand=300", Target::mainFrame);
+  TNLMainQueue::runFor(50ms);
+  EXPECT_EQ(creativeStatements(webView).size(), sent);
+}
+
+}  // namespace
