@@ -9,6 +9,7 @@
 #include "Platform/Gtk/TNLGtkBoxed.h"
 #include "Platform/Gtk/TNLGtkSoundVolume.h"
 #include "Platform/Gtk/TNLGtkViewBox.h"
+#include "TarnelAd/TNLSetup.h"
 #include "TarnelAd/Toolkit/TNLView.h"
 #include "TarnelAd/Toolkit/TNLWindow.h"
 
@@ -23,6 +24,8 @@ bool TNLGtkToolkit::useGtkBackend() {
   }
   if (!isInstalled()) {
     TNLToolkitBackend::install(TNLGtkBackend::shared());
+    // The sound server's volume becomes the device's output volume, which creatives are told.
+    setOutputVolumeObserver([](float volume) { TNLSetup::deviceFacts()->setOutputVolume(volume); });
   }
   return true;
 }
