@@ -65,9 +65,14 @@ std::string interstitialPage() {
 
 std::string vastTemplatePage() {
   return page(R"(body { background: #111; }
-                 video { width: 80%; max-height: 45%; background: #000; border-radius: 6px; })",
+                 .screen { position: relative; width: 80%; height: 45%; }
+                 video { width: 100%; height: 100%; background: #000; border-radius: 6px; }
+                 #caption { position: absolute; inset: 0; display: flex; align-items: center;
+                            justify-content: center; font-size: 20px; opacity: .8; })",
               R"(<div class="fill" data-zone="^#zone#^" data-site="^#site#^">
-                 <h1 id="title">Video ad</h1><video id="video" src="^#video#^" autoplay muted playsinline></video>
+                 <h1 id="title">Video ad</h1><div class="screen">
+                 <video id="video" src="^#video#^" autoplay muted playsinline></video>
+                 <div id="caption">&#9654; loading the clip</div></div>
                  <p>Reward in <span id="countdown">4</span> s</p>
                  <div class="track"><div id="progress"></div></div></div><div id="status"></div>
                  <script type="application/xml" id="vast">^#xml_doc#^</script>)",
@@ -76,8 +81,11 @@ std::string vastTemplatePage() {
     var vast = new DOMParser().parseFromString(document.getElementById('vast').textContent, 'application/xml');
     var title = vast.getElementsByTagName('AdTitle')[0];
     if (title) document.getElementById('title').textContent = title.textContent.trim();
-    // The clip plays when the platform can decode it; the ad runs its course either way.
-    document.getElementById('video').play().catch(function () {});
+    // The clip plays when the machine can fetch and decode it; the ad runs its course either way.
+    var video = document.getElementById('video'), caption = document.getElementById('caption');
+    video.addEventListener('playing', function () { caption.style.display = 'none'; });
+    video.addEventListener('error', function () { caption.textContent = 'The clip cannot play here'; });
+    video.play().catch(function () { caption.textContent = 'The clip cannot play here'; });
     play(4, function () {
       bridge('reward');
       setTimeout(function () { bridge('close'); }, 400);
