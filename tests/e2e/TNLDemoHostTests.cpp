@@ -1,0 +1,153 @@
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "Platform/Foundation/TNLJSON.h"
+#include "Platform/Foundation/TNLStrings.h"
+#include "support/TNLTestServer.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+using Response = TNLTestServer::Response;
+
+struct DemoRun {
+  Lines lines;
+  int exitCode = -1;
+};
+
+// Runs the demo host with the arguments; its stdout lines and exit code. stderr stays the test's.
+DemoRun runDemo(const std::string& arguments) {
+  DemoRun run;
+  const std::string command = std::string(TNL_DEMO_BINARY) + " " + arguments;
+  FILE* pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr) {
+    return run;
+  }
+  std::array<char, 512> buffer{};
+  std::string output;
+  while (fgets(buffer.data(), static_cast<int>(buffer.size()), pipe) != nullptr) {
+    output += buffer.data();
+  }
+  const int status = pclose(pipe);
+  run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  for (const auto& line : TNLStrings::split(output, "\n")) {
+    if (!line.empty()) {
+      run.lines.push_back(line);
+    }
+  }
+  return run;
+}
+
+Lines allFormats(const std::string& zone) {
+  return {"ready interstitial " + zone, "closed interstitial " + zone, "ready rewarded " + zone,
+          "rewarded rewarded " + zone,  "closed rewarded " + zone,     "ready banner " + zone,
+          "closed banner " + zone};
+}
+
+bool isPNG(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::array<char, 8> signature{};
+  file.read(signature.data(), signature.size());
+  return file && std::string(signature.data(), 8) == "\x89PNG\r\n\x1a\n" &&
+         std::filesystem::file_size(path) > 10000;
+}
+
+TEST(DemoHost, TheBundledServiceShowsEveryFormatAndScreenshotsIt) {
+  const auto shots =
+      std::filesystem::temp_directory_path() / ("tarnel-demo-shots-" + std::to_string(::getpid()));
+  const DemoRun run = runDemo("--timeout 60 --screenshot " + shots.string());
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.lines, allFormats("demo-zone"));
+  for (const char* format : {"interstitial", "rewarded", "banner"}) {
+    EXPECT_TRUE(isPNG(shots / (std::string(format) + ".png"))) << format;
+  }
+  std::filesystem::remove_all(shots);
+}
+
+// Creatives of this test's own ad service: they close themselves soon after their payload, the
+// video template after granting its reward.
+std::string creative(bool rewarded) {
+  return std::string(
+             "<html><body style='background:#396'><script>"
+             "window.ZENKO = { isAdVisible: function(){}, setVolume: function(){} };"
+             "window.receivePayload = function (ad) {") +
+         (rewarded ? "setTimeout(function () { location.href = 'bridge://reward'; }, 200);"
+                     "setTimeout(function () { location.href = 'bridge://close'; }, 600);"
+                   : "setTimeout(function () { location.href = 'bridge://close'; }, 300);") +
+         "};</script></body></html>";
+}
+
+TEST(DemoHost, AnotherAdServiceIsUsedAsItIs) {
+  TNLTestServer server;
+  const TNLJson manifest = {
+      {"ttl", 600},
+      {"monitoring",
+       {{"method", "GET"},
+        {"baseuri", server.baseURL()},
+        {"uri_content", "/monitor?e=%EVENT_NAME%"}}},
+      {"demandsources",
+       {{"demandsource",
+         {{{"source", "only"}, {"rank", 0}, {"url", server.url("/ads?z=%ZONE%&p=%PRODUCT%")}}}}}},
+      {"vast_template_uri", server.url("/template.html")}};
+  server.on("POST", "/v4/manifest/other-app", Response::json(TNLJSON::serialize(manifest)));
+  server.on("GET", "/ads", [&](const TNLTestServer::Request& request) {
+    if (request.query.find("p=2") != std::string::npos) {
+      return Response::xml(
+          "<VAST version=\"3.0\"><Ad><InLine><AdSystem>t</AdSystem><AdTitle>t</AdTitle><Creatives>"
+          "<Creative><Linear><MediaFiles><MediaFile type=\"video/mp4\" delivery=\"progressive\">" +
+          server.url("/clip.mp4") +
+          "</MediaFile></MediaFiles></Linear></Creative></Creatives>"
+          "</InLine></Ad></VAST>");
+    }
+    const bool banner = request.query.find("p=3") != std::string::npos;
+    return Response::json(TNLJSON::serialize(
+        {{"creative_tag", server.url(banner ? "/banner.html" : "/interstitial.html")}}));
+  });
+  server.on("GET", "/interstitial.html", Response(200, creative(false), "text/html"));
+  server.on("GET", "/banner.html", Response(200, creative(false), "text/html"));
+  server.on("GET", "/template.html", Response(200, creative(true), "text/html"));
+  server.on("GET", "/monitor", Response(204));
+
+  const DemoRun run =
+      runDemo("--timeout 60 --app-id other-app --zone Z9 --manifest-base " + server.baseURL());
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.lines, allFormats("Z9"));
+
+  // The manifest request: the application's path and the device description.
+  const auto manifests = server.requestsTo("/v4/manifest/other-app");
+  ASSERT_FALSE(manifests.empty());
+  EXPECT_EQ(manifests[0].method, "POST");
+  const TNLJson body = TNLJSON::parse(manifests[0].body);
+  EXPECT_EQ(body["version"], "4.0.0");
+  EXPECT_EQ(body["sdk"], "4.0.0.001");
+  EXPECT_EQ(body["device_info"].size(), 17u);
+  EXPECT_EQ(body["device_info"]["package_name"], "com.tarnel.demo");
+
+  // One ad request per format, with its product code, and each creative fetched.
+  Lines queries;
+  for (const auto& request : server.requestsTo("/ads")) {
+    queries.push_back(request.query);
+  }
+  EXPECT_EQ(queries, (Lines{"z=Z9&p=1", "z=Z9&p=2", "z=Z9&p=3"}));
+  for (const char* page : {"/interstitial.html", "/template.html", "/banner.html"}) {
+    EXPECT_EQ(server.requestsTo(page).size(), 1u) << page;
+  }
+  Lines events;
+  for (const auto& request : server.requestsTo("/monitor")) {
+    events.push_back(request.query);
+  }
+  EXPECT_EQ(std::count(events.begin(), events.end(), "e=OnAdClosed"), 3);
+  EXPECT_EQ(std::count(events.begin(), events.end(), "e=OnAdRewarded"), 1);
+}
+
+}  // namespace
