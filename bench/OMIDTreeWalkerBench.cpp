@@ -127,4 +127,3 @@ BENCHMARK(BM_TreeWalk)
     ->Unit(benchmark::kMicrosecond);
 
 }  // namespace
-
