@@ -282,6 +282,29 @@ TEST_F(WebViewTest, IframeNavigationsAreChildFramesAndTheMainFrameStaysMain) {
   EXPECT_EQ(delegate->finished, 1);
 }
 
+TEST_F(WebViewTest, ALinkFollowedRightAfterFramesWithTheSameURLLoadedIsTheMainFrames) {
+  const std::string page = server.url("/creative.html");
+  allowOnly(page);
+  // Frames whose source is the bridge URL of the page's own close link, from the markup and
+  // from the script; the link covers the page and the user follows it as soon as it is up.
+  loadCreative(R"(<iframe src="bridge://close"></iframe>
+      <a href="bridge://close" style="position:absolute;inset:0;z-index:1"></a><script>
+      const frame = document.createElement('iframe');
+      frame.src = 'bridge://close';
+      document.body.appendChild(frame);
+    </script>)",
+               page);
+  const auto seen = [&](const std::string& entry) {
+    return std::count(delegate->seen.begin(), delegate->seen.end(), entry);
+  };
+  ASSERT_TRUE(waitFor([&] { return seen("bridge://close iframe") == 2; }));
+
+  click(widgetOf(webView), 200, 200);
+  EXPECT_TRUE(waitFor([&] { return delegate->saw("bridge://close main"); }));
+  EXPECT_EQ(seen("bridge://close iframe"), 2);
+  EXPECT_EQ(seen("bridge://close main"), 1);
+}
+
 TEST_F(WebViewTest, NewWindowActionsHaveNoTargetFrameAndOpenNothing) {
   server.on("GET", "/popup", html("popup"));
   server.on("GET", "/opened", html("opened"));

@@ -38,16 +38,25 @@ constexpr char kHintScript[] = R"JS((() => {
     const src = (element.getAttribute('src') || '').trim();
     return src === '' ? 'about:blank' : resolve(src);
   };
-  const hintFrame = (element) => { const url = frameURL(element); if (url) post(url, 'child'); };
-  const visit = (node) => {
-    if (isFrameElement(node)) hintFrame(node);
-    if (node.nodeType === 1 && node.querySelectorAll) node.querySelectorAll('iframe, frame').forEach(hintFrame);
+  const hintFrame = (element) => {
+    if (!element.isConnected) return;  // removed again: it navigates nowhere
+    const url = frameURL(element);
+    if (url) post(url, 'child');
+  };
+  const collect = (node, frames) => {
+    if (isFrameElement(node)) frames.add(node);
+    if (node.nodeType === 1 && node.querySelectorAll) node.querySelectorAll('iframe, frame').forEach((f) => frames.add(f));
   };
   new MutationObserver((records) => {
+    // One hint per frame element and batch: the records of a batch may name a frame more than
+    // once (its own insertion, its parent's, a new src), and one navigation follows. A hint left
+    // over would be taken by a later navigation to the same URL, perhaps the main frame's.
+    const frames = new Set();
     for (const record of records) {
-      if (record.type === 'attributes') { if (isFrameElement(record.target)) hintFrame(record.target); }
-      else record.addedNodes.forEach(visit);
+      if (record.type === 'attributes') { if (isFrameElement(record.target)) frames.add(record.target); }
+      else record.addedNodes.forEach((node) => collect(node, frames));
     }
+    frames.forEach(hintFrame);
   }).observe(document, {childList: true, subtree: true, attributes: true, attributeFilter: ['src', 'srcdoc']});
   addEventListener('click', (event) => {
     const start = event.target;

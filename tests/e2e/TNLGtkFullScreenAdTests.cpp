@@ -1,0 +1,319 @@
+// Full-screen ads in real windows: the public API loads an ad from the loopback ad service, shows
+// it in a WebKit view that covers the host's window, and the creative's page talks with the
+// library over the bridge until it closes itself.
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "Ads/FullScreenAds/TNLFSAdHandler.h"
+#include "Ads/FullScreenAds/TNLFSAdViewController.h"
+#include "Ads/TNLAd.h"
+#include "Ads/TNLAdWebView.h"
+#include "Ads/TNLClickOutViewController.h"
+#include "Platform/Foundation/TNLJSON.h"
+#include "TNLOMHandler.h"
+#include "TarnelAd/TarnelAd.h"
+#include "e2e/TNLCreativeTestSupport.h"
+#include "e2e/TNLGtkTestSupport.h"
+#include "support/TNLLogCapture.h"
+#include "support/TNLTestAdService.h"
+
+namespace {
+
+using namespace tnl_e2e;
+using Response = TNLTestServer::Response;
+using Names = std::vector<std::string>;
+
+// Ads and pages answer after this delay, so that the tracker sent before each request has
+// reached the monitoring endpoint before the next one is sent.
+constexpr auto kContentDelay = 100ms;
+
+// The host's screen: the root of its window, the view controller ads are presented from and the
+// delegate of both ad types. Full-screen callbacks come on the thread that did the work.
+class GameScreen : public TNLViewController,
+                   public TNLInterstitialAdDelegate,
+                   public TNLRewardedAdDelegate {
+ public:
+  void onInterstitialAdReadyForZone(const std::string& zone) override {
+    note("interstitial ready " + zone);
+  }
+  void onInterstitialAdFailedForZone(const std::string& zone) override {
+    note("interstitial failed " + zone);
+  }
+  void onInterstitialAdClosedForZone(const std::string& zone) override {
+    note("interstitial closed " + zone);
+  }
+  void onRewardedAdReadyForZone(const std::string& zone) override {
+    note("rewarded ready " + zone);
+  }
+  void onRewardedAdFailedForZone(const std::string& zone) override {
+    note("rewarded failed " + zone);
+  }
+  void onRewardedAdClosedForZone(const std::string& zone) override {
+    note("rewarded closed " + zone);
+  }
+  void onRewardedAdRewardedForZone(const std::string& zone) override {
+    note("rewarded reward " + zone);
+  }
+
+  Names calls() const {
+    std::lock_guard lock(mutex_);
+    return calls_;
+  }
+  bool waitForCall(const std::string& call) const {
+    return waitFor([&] {
+      const Names all = calls();
+      return std::find(all.begin(), all.end(), call) != all.end();
+    });
+  }
+
+ private:
+  void note(const std::string& call) {
+    std::lock_guard lock(mutex_);
+    calls_.push_back(call);
+  }
+
+  mutable std::mutex mutex_;
+  Names calls_;
+};
+
+class FullScreenAdTest : public GtkTest {
+ protected:
+  void SetUp() override {
+    GtkTest::SetUp();
+    service.install();
+    window = TNLWindow::create({0.0, 0.0, 480.0, 640.0});
+    window->setRootViewController(screen);
+    window->makeKeyAndVisible();
+    hostWindow = gtk_widget_get_toplevel(widgetOf(screen->view()));
+    ASSERT_TRUE(waitUntilMapped(hostWindow));
+    service.publishManifest({{0, "/ads"}});
+    server.on("GET", "/ads", Response::json(adJSON()).after(kContentDelay));
+    ASSERT_TRUE(retrieveManifest());
+    ASSERT_TRUE(service.waitForEvents(1));
+  }
+
+  std::string adJSON() const {
+    return TNLJSON::serialize({{"sdkType", "html"},
+                               {"creative_tag", server.url("/creative.html")},
+                               {"copy", {{"brandName", "Acme"}}},
+                               {"payload", {{"level", 3}, {"reward", "coins"}}}});
+  }
+
+  void serveCreative(const std::string& body, const std::string& script) {
+    server.on("GET", "/creative.html",
+              Response(200, creativePage(body, script), "text/html").after(kContentDelay));
+  }
+
+  // The controller of the shown ad, once it covers the host's window and its page is loading.
+  std::shared_ptr<TNLFSAdViewController> shownAd() {
+    std::shared_ptr<TNLFSAdViewController> controller;
+    EXPECT_TRUE(waitFor([&] {
+      controller =
+          std::dynamic_pointer_cast<TNLFSAdViewController>(screen->presentedViewController());
+      GtkWidget* widget = controller ? widgetOf(controller->view()) : nullptr;
+      return widget && gtk_widget_get_mapped(gtk_widget_get_toplevel(widget)) &&
+             controller->loadedWebView()->loadedAd();
+    }));
+    return controller;
+  }
+
+  bool waitUntilDismissed() {
+    return waitFor([&] { return screen->presentedViewController() == nullptr; });
+  }
+
+  TNLTestAdService service;
+  TNLTestServer& server = service.server;
+  CreativeReports reports{server};
+  std::shared_ptr<GameScreen> screen = std::make_shared<GameScreen>();
+  std::shared_ptr<TNLWindow> window;
+  GtkWidget* hostWindow = nullptr;
+};
+
+TEST_F(FullScreenAdTest, ARewardedAdRunsFromLoadToCloseAndItsPageHearsTheLibraryInOrder) {
+  server.on("GET", "/landing", Response(200, "<h1>Landing</h1>", "text/html"));
+  // The creative asks for the device data, then opens the advertiser's page; it grants the
+  // reward once it is visible again and closes when the screen turns.
+  serveCreative("<h1>Rewarded</h1>", R"JS(
+    on('receivePayload', () => bridge('deviceData'));
+    on('ZENKO.onDeviceData', () => {
+      const landing = location.origin + '/landing?from=ad&level=3';
+      bridge('open?url=' + encodeURIComponent(landing));
+    });
+    let browserShown = false;
+    on('ZENKO.isAdVisible', (visible) => {
+      if (!visible) browserShown = true;
+      else if (browserShown) bridge('reward');
+    });
+    let closing = false;
+    on('ZENKO.orientationDidChange', () => { if (!closing) { closing = true; bridge('close'); } });
+  )JS");
+  service.facts->setOutputVolume(0.25f);
+
+  TNLRewardedAd::setRewardedAdDelegate(screen, "APP1");
+  TNLRewardedAd::loadRewardedAdForZone("Z");
+  ASSERT_TRUE(screen->waitForCall("rewarded ready Z"));
+  ASSERT_TRUE(service.waitForEvents(4));
+  TNLRewardedAd::showRewardedAdForZone("Z");
+  const auto controller = shownAd();
+  ASSERT_NE(controller, nullptr);
+  const auto ad = controller->loadedWebView()->loadedAd();
+  ASSERT_NE(ad, nullptr);
+
+  // "Open" presents the click-out browser over the ad, with the advertiser's page at the
+  // decoded address; the creative is told that it is covered.
+  ASSERT_TRUE(reports.waitFor("ZENKO.isAdVisible"));
+  const auto browser =
+      std::dynamic_pointer_cast<TNLClickOutViewController>(controller->presentedViewController());
+  ASSERT_NE(browser, nullptr);
+  EXPECT_EQ(browser->url(), server.url("/landing?from=ad&level=3"));
+  EXPECT_EQ(browser->brandNameLabel()->text(), "Acme");
+  ASSERT_TRUE(waitFor([&] { return !server.requestsTo("/landing").empty(); }));
+  EXPECT_EQ(server.requestsTo("/landing").front().query, "from=ad&level=3");
+
+  // The user taps "Done": the ad is visible again and the creative grants the reward.
+  GtkWidget* done = widgetOf(browser->doneButton());
+  ASSERT_NE(done, nullptr);
+  click(done, gtk_widget_get_allocated_width(done) / 2, gtk_widget_get_allocated_height(done) / 2);
+  ASSERT_TRUE(screen->waitForCall("rewarded reward Z"));
+  EXPECT_TRUE(waitFor([&] { return controller->presentedViewController() == nullptr; }));
+  EXPECT_EQ(screen->presentedViewController(), controller) << "a reward does not end the ad";
+
+  // The volume changes, and the host's window turns to landscape: the creative closes.
+  service.facts->setOutputVolume(0.5f);
+  gtk_window_resize(GTK_WINDOW(hostWindow), 640, 480);
+  ASSERT_TRUE(screen->waitForCall("rewarded closed Z"));
+  EXPECT_TRUE(waitUntilDismissed());
+  EXPECT_TRUE(TNLFSAdHandler::sharedHandler()->loadedAds().empty());
+  EXPECT_EQ(screen->calls(), (Names{"rewarded ready Z", "rewarded reward Z", "rewarded closed Z"}));
+
+  // Everything the page heard, in order. The presentation's own "visible" statement is sent
+  // before the page is loaded, so it never reaches the creative.
+  ASSERT_TRUE(reports.waitFor("ZENKO.orientationDidChange"));
+  ASSERT_EQ(reports.names(),
+            (Names{"receivePayload", "ZENKO.setVolume", "ZENKO.onDeviceData", "ZENKO.isAdVisible",
+                   "ZENKO.isAdVisible", "ZENKO.setVolume", "ZENKO.orientationDidChange"}));
+  const auto calls = reports.calls();
+  // The payload is the ad's whole record, as an object.
+  EXPECT_EQ(calls[0].types, Names{"object"});
+  EXPECT_EQ(calls[0].args[0], nlohmann::json::parse(TNLJSON::serialize(ad->fullAd())));
+  EXPECT_EQ(calls[1].args, nlohmann::json::array({0.25}));
+  EXPECT_EQ(calls[2].types, Names{"object"});
+  EXPECT_EQ(calls[2].args[0]["webviewWidth"], 480);
+  EXPECT_EQ(calls[2].args[0]["webviewHeight"], 640);
+  EXPECT_EQ(calls[3].args, nlohmann::json::array({false}));
+  EXPECT_EQ(calls[4].args, nlohmann::json::array({true}));
+  EXPECT_EQ(calls[5].args, nlohmann::json::array({0.5}));
+  EXPECT_EQ(calls[6].types, Names{"string"});
+  EXPECT_EQ(calls[6].args, nlohmann::json::array({"landscape"}));
+
+  ASSERT_TRUE(service.waitForEvents(7));
+  EXPECT_EQ(service.events(),
+            (Names{TNL_MANIFESTLOADED_TRACKER, TNL_ADREQUESTED_TRACKER, TNL_ADRETURNED_TRACKER,
+                   TNL_ADREADY_TRACKER, TNL_ADSHOWING_TRACKER, TNL_ADREWARDED_TRACKER,
+                   TNL_ADCLOSED_TRACKER}));
+}
+
+TEST_F(FullScreenAdTest, IframeNavigationsAreAllowedAndOnlyTheCreativesOwnBridgeCallCloses) {
+  TNLLogCapture log;
+  server.on("GET", "/frame.html",
+            Response(200, "<script>fetch('/frame-ran')</script>", "text/html"));
+  server.on("GET", "/frame-ran", Response(204));
+  // A third-party frame, and two frames whose source is a bridge URL: one from the markup and
+  // one from the script. The creative's close button is a link to the bridge.
+  serveCreative(R"HTML(
+      <iframe src="/frame.html"></iframe>
+      <iframe src="bridge://close"></iframe>
+      <a href="bridge://close"
+         style="position:absolute;top:0;right:0;width:80px;height:80px;background:#c00"></a>)HTML",
+                R"JS(
+    const inserted = document.createElement('iframe');
+    inserted.src = 'bridge://close';
+    document.body.appendChild(inserted);
+    on('receivePayload', () => bridge('deviceData'));
+  )JS");
+
+  TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
+  TNLInterstitialAd::loadInterstitialAdForZone("F");
+  ASSERT_TRUE(screen->waitForCall("interstitial ready F"));
+  ASSERT_TRUE(service.waitForEvents(4));
+  TNLInterstitialAd::showInterstitialAdForZone("F");
+  const auto controller = shownAd();
+  ASSERT_NE(controller, nullptr);
+
+  // The third-party frame loaded and ran. The library was asked about both bridge URLs and
+  // did not act on them: the creative's later call still reaches it, and the ad is still there.
+  ASSERT_TRUE(reports.waitFor("ZENKO.onDeviceData"));
+  EXPECT_EQ(server.requestsTo("/frame-ran").size(), 1u);
+  EXPECT_EQ(log.count("URL String: " + server.url("/frame.html")), 1u);
+  EXPECT_EQ(log.count("URL String: bridge://close"), 2u);
+  settle(200ms);
+  EXPECT_EQ(screen->calls(), Names{"interstitial ready F"});
+  EXPECT_EQ(screen->presentedViewController(), controller);
+  EXPECT_EQ(TNLFSAdHandler::sharedHandler()->loadedAds().count("F"), 1u);
+
+  // The user taps the creative's close button.
+  GtkWidget* page = widgetOf(controller->view());
+  click(page, gtk_widget_get_allocated_width(page) - 40, 40);
+  ASSERT_TRUE(screen->waitForCall("interstitial closed F"));
+  EXPECT_TRUE(waitUntilDismissed());
+  EXPECT_EQ(log.count("URL String: bridge://close"), 3u);
+  EXPECT_TRUE(TNLFSAdHandler::sharedHandler()->loadedAds().empty());
+  ASSERT_TRUE(service.waitForEvents(6));
+  settle(200ms);
+  EXPECT_EQ(service.events(),
+            (Names{TNL_MANIFESTLOADED_TRACKER, TNL_ADREQUESTED_TRACKER, TNL_ADRETURNED_TRACKER,
+                   TNL_ADREADY_TRACKER, TNL_ADSHOWING_TRACKER, TNL_ADCLOSED_TRACKER}));
+}
+
+TEST_F(FullScreenAdTest, ACreativeThatOptsInToDisplayMeasurementHearsItsSessionFromTheSDK) {
+  // The creative opts in once it has its payload and closes once its session has started.
+  serveCreative("<h1>Measured</h1>", R"JS(
+    on('receivePayload', () => bridge('optin?display'));
+    on('omidBridge.startSession', () => bridge('close'));
+  )JS");
+
+  TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
+  TNLInterstitialAd::loadInterstitialAdForZone("OM", adJSON());
+  ASSERT_TRUE(screen->waitForCall("interstitial ready OM"));
+  TNLInterstitialAd::showInterstitialAdForZone("OM");
+  const auto controller = shownAd();
+  ASSERT_NE(controller, nullptr);
+  const auto webView = controller->loadedWebView();
+
+  ASSERT_TRUE(reports.waitFor("omidBridge.startSession"));
+  EXPECT_EQ(TNLOMHandler::sharedHandler()->omidSessions().count(webView->address()), 1u);
+  const auto init = reports.named("omidBridge.init");
+  ASSERT_EQ(init.size(), 1u);
+  EXPECT_EQ(init[0].args[0], nlohmann::json({{"impressionOwner", "javascript"},
+                                             {"videoEventsOwner", "none"},
+                                             {"isolateVerificationScripts", false}}));
+  const auto start = reports.named("omidBridge.startSession");
+  // The session's identifier, then its context.
+  ASSERT_GE(start[0].types.size(), 2u);
+  EXPECT_EQ(start[0].types[0], "string");
+  EXPECT_EQ(start[0].types[1], "object");
+  EXPECT_EQ(start[0].args[1]["adSessionType"], "html");
+  EXPECT_EQ(start[0].args[1]["omidNativeInfo"]["partnerName"], "Tarnel");
+
+  // Closing finishes the session while its page is still there to hear it.
+  ASSERT_TRUE(screen->waitForCall("interstitial closed OM"));
+  ASSERT_TRUE(reports.waitFor("omidBridge.finishSession"));
+  EXPECT_TRUE(waitUntilDismissed());
+  const Names names = reports.names();
+  const auto position = [&](const std::string& name) {
+    return std::find(names.begin(), names.end(), name) - names.begin();
+  };
+  EXPECT_LT(position("receivePayload"), position("omidBridge.init"));
+  EXPECT_LT(position("omidBridge.init"), position("omidBridge.startSession"));
+  EXPECT_LT(position("omidBridge.startSession"), position("omidBridge.finishSession"));
+  EXPECT_EQ(reports.named("omidBridge.startSession").size(), 1u);
+}
+
+}  // namespace
