@@ -57,8 +57,8 @@ class TNLBannerAdView : public TNLView, public TNLBridgeDelegate {
   // Requests the zone's banner (std::nullopt is the zone "") and shows it. A zone loaded before
   // answers at once with the same banner. Any thread.
   void loadAdForZone(const std::optional<std::string>& zone);
-  // Call from the scroll handling of the scroll view that holds the banner: the creative receives
-  // the scroll position.
+  // Call from the scroll handling of the scroll view that holds the banner (its
+  // TNLScrollViewDelegate::scrollViewDidScroll): the creative receives the scroll position.
   void informBannerAdOfScrollViewEvent(const std::shared_ptr<TNLScrollView>& scrollView);
   // Switches the library's diagnostic log (off by default).
   static void showTNLLogs(bool show);

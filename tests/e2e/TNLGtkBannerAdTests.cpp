@@ -51,27 +51,16 @@ class BannerScreen : public TNLViewController, public TNLBannerAdDelegate {
   Names calls;
 };
 
-// The host's scrolling content, which tells the banner in it when it scrolls.
-class Feed : public TNLScrollView {
+// The host's scroll handling: it tells the banner in its feed of every scroll.
+class FeedScrolling : public TNLScrollViewDelegate {
  public:
-  using TNLScrollView::TNLScrollView;
   std::weak_ptr<TNLBannerAdView> banner;
 
- protected:
-  void boundsDidChange() override {
-    TNLScrollView::boundsDidChange();
-    if (contentOffset() == lastOffset_) {
-      return;  // resized, not scrolled
-    }
-    lastOffset_ = contentOffset();
+  void scrollViewDidScroll(const std::shared_ptr<TNLScrollView>& scrollView) override {
     if (const auto shown = banner.lock()) {
-      shown->informBannerAdOfScrollViewEvent(
-          std::static_pointer_cast<TNLScrollView>(shared_from_this()));
+      shown->informBannerAdOfScrollViewEvent(scrollView);
     }
   }
-
- private:
-  TNLPoint lastOffset_;
 };
 
 class BannerAdTest : public GtkTest {
@@ -124,12 +113,14 @@ TEST_F(BannerAdTest, ABannerInTheHostsFeedRunsFromLoadToCloseAndItsPageHearsTheL
       style="position:absolute;bottom:0;right:0;width:60px;height:60px;background:#c00"></a>)HTML",
                 "");
   // The feed scrolls 40 points at most; the banner sits at its top.
-  const auto feed = std::make_shared<Feed>(TNLRect{0.0, 0.0, bannerSize.width, kWindowHeight});
+  const auto feed = TNLScrollView::create({0.0, 0.0, bannerSize.width, kWindowHeight});
+  const auto scrolling = std::make_shared<FeedScrolling>();
+  feed->setDelegate(scrolling);
   feed->setContentSize({bannerSize.width, kWindowHeight + 40.0});
   screen->view()->addSubview(feed);
   const auto banner = makeBanner();
   feed->addSubview(banner);
-  feed->banner = banner;
+  scrolling->banner = banner;
 
   banner->loadAdForZone("B");
   ASSERT_TRUE(screen->waitForCall("ready B"));

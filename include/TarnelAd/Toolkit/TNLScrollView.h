@@ -4,6 +4,17 @@
 
 #include "TarnelAd/Toolkit/TNLView.h"
 
+class TNLScrollView;
+
+// Hears a scroll view's scrolling. A host that shows a banner in a scroll view passes each scroll
+// on with TNLBannerAdView::informBannerAdOfScrollViewEvent.
+class TNLScrollViewDelegate {
+ public:
+  virtual ~TNLScrollViewDelegate() = default;
+  // The content offset changed, by the user or by setContentOffset. Main thread.
+  virtual void scrollViewDidScroll(const std::shared_ptr<TNLScrollView>& scrollView) = 0;
+};
+
 // A view whose content can be larger than itself and is scrolled by a content offset (the
 // origin of its bounds).
 class TNLScrollView : public TNLView {
@@ -22,14 +33,21 @@ class TNLScrollView : public TNLView {
   bool bounces() const { return bounces_; }
   void setBounces(bool bounces);
 
+  // Held weakly.
+  std::shared_ptr<TNLScrollViewDelegate> delegate() const { return delegate_.lock(); }
+  void setDelegate(const std::shared_ptr<TNLScrollViewDelegate>& delegate) { delegate_ = delegate; }
+
   // Backend side: the user scrolled; the offset is taken without being reported back.
   void peerDidScroll(const TNLPoint& offset);
 
  protected:
   std::shared_ptr<TNLViewPeer> makePeer(TNLToolkitBackend& backend) override;
   void replayState(TNLViewPeer& peer) override;
+  void boundsDidChange() override;
 
  private:
+  std::weak_ptr<TNLScrollViewDelegate> delegate_;
+  TNLPoint reportedOffset_;
   TNLSize contentSize_;
   bool scrollEnabled_ = true;
   bool bounces_ = true;

@@ -44,3 +44,16 @@ void TNLScrollView::replayState(TNLViewPeer& peer) {
   peer.scrollEnabledChanged(scrollEnabled_);
   peer.bouncesChanged(bounces_);
 }
+
+void TNLScrollView::boundsDidChange() {
+  TNLView::boundsDidChange();
+  // A resize changes the bounds too; only a new offset is a scroll.
+  if (contentOffset() == reportedOffset_) {
+    return;
+  }
+  reportedOffset_ = contentOffset();
+  const auto self = std::static_pointer_cast<TNLScrollView>(weak_from_this().lock());
+  if (const auto listener = delegate(); listener && self) {
+    listener->scrollViewDidScroll(self);
+  }
+}

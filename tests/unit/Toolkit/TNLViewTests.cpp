@@ -234,3 +234,28 @@ TEST(TNLView, HierarchyMovesKeepOneSuperviewAndPeersFollowTheModel) {
 }
 
 }  // namespace
+
+namespace {
+
+struct ScrollRecorder : TNLScrollViewDelegate {
+  std::vector<TNLPoint> offsets;
+  void scrollViewDidScroll(const std::shared_ptr<TNLScrollView>& scrollView) override {
+    offsets.push_back(scrollView->contentOffset());
+  }
+};
+
+TEST(TNLScrollView, ItsDelegateHearsEveryNewOffsetButNotResizes) {
+  auto scroll = TNLScrollView::create({0, 0, 100, 100});
+  auto recorder = std::make_shared<ScrollRecorder>();
+  scroll->setDelegate(recorder);
+  scroll->setContentOffset({0, 10});
+  scroll->peerDidScroll({0, 25});  // the user scrolled
+  scroll->setFrame({0, 0, 100, 200});
+  scroll->setContentOffset({0, 25});
+  EXPECT_EQ(recorder->offsets, (std::vector<TNLPoint>{{0, 10}, {0, 25}}));
+
+  recorder.reset();  // held weakly
+  EXPECT_NO_THROW(scroll->setContentOffset({0, 0}));
+}
+
+}  // namespace
