@@ -17,11 +17,9 @@ namespace {
 
 constexpr uint32_t kRandomBound = 4294967295u;
 
-bool allowedInQuery(unsigned char c) {
-  static constexpr std::string_view kAllowedPunctuation = "-._~!$&'()*+,;=:@/?";
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-         kAllowedPunctuation.find(static_cast<char>(c)) != std::string_view::npos;
-}
+// Besides letters and digits, what a URL query may carry (RFC 3986): the unreserved characters,
+// the sub-delimiters, ":", "@", "/" and "?".
+constexpr std::string_view kQueryPunctuation = "-._~!$&'()*+,;=:@/?";
 
 }  // namespace
 
@@ -97,18 +95,5 @@ std::string TNLUrlParser::createOrientationString() const {
 }
 
 std::string TNLUrlParser::percentEncodeForQuery(const std::string& text) {
-  static constexpr char kHex[] = "0123456789ABCDEF";
-  std::string encoded;
-  encoded.reserve(text.size());
-  for (const char byte : text) {
-    const auto c = static_cast<unsigned char>(byte);
-    if (allowedInQuery(c)) {
-      encoded.push_back(byte);
-    } else {
-      encoded.push_back('%');
-      encoded.push_back(kHex[c >> 4]);
-      encoded.push_back(kHex[c & 0xF]);
-    }
-  }
-  return encoded;
+  return TNLStrings::percentEncode(text, kQueryPunctuation);
 }

@@ -171,6 +171,23 @@ std::string toLower(std::string_view text) {
   return lower;
 }
 
+std::string percentEncode(std::string_view text, std::string_view keep) {
+  static constexpr char kHex[] = "0123456789ABCDEF";
+  std::string encoded;
+  encoded.reserve(text.size());
+  for (const char byte : text) {
+    const auto c = static_cast<unsigned char>(byte);
+    if (c < 0x80 && (std::isalnum(c) || keep.find(byte) != std::string_view::npos)) {
+      encoded.push_back(byte);
+    } else {
+      encoded.push_back('%');
+      encoded.push_back(kHex[c >> 4]);
+      encoded.push_back(kHex[c & 0x0F]);
+    }
+  }
+  return encoded;
+}
+
 bool percentDecode(std::string_view text, std::string& decoded) {
   std::string out;
   out.reserve(text.size());

@@ -30,6 +30,10 @@ bool hasSuffix(std::string_view text, std::string_view suffix);
 
 std::string toLower(std::string_view text);
 
+// Percent-encodes every byte except ASCII letters, digits and the characters of `keep`, as "%"
+// and two upper-case hexadecimal digits.
+std::string percentEncode(std::string_view text, std::string_view keep);
+
 // Percent-decodes; returns false when an escape is malformed or the result is not UTF-8.
 bool percentDecode(std::string_view text, std::string& decoded);
 

@@ -3,6 +3,8 @@
 #include <cctype>
 #include <string_view>
 
+#include "Platform/Foundation/TNLStrings.h"
+
 namespace {
 
 bool isSchemeChar(char c) {
@@ -15,12 +17,8 @@ bool isHostChar(char c) {
   return std::isalnum(static_cast<unsigned char>(c)) || kAllowed.find(c) != std::string_view::npos;
 }
 
-// Characters that stay as they are in a URL; everything else is percent-encoded.
-bool isURLChar(unsigned char c) {
-  static constexpr std::string_view kAllowed = "-._~:/?#[]@!$&'()*+,;=%";
-  return c < 0x80 &&
-         (std::isalnum(c) || kAllowed.find(static_cast<char>(c)) != std::string_view::npos);
-}
+// Besides letters and digits, what stays as it is in a URL; everything else is percent-encoded.
+constexpr std::string_view kURLPunctuation = "-._~:/?#[]@!$&'()*+,;=%";
 
 }  // namespace
 
@@ -75,18 +73,5 @@ std::optional<std::string> TNLURLRequest::parseURL(const std::string& text) {
   }
 
   // Characters a URL cannot carry (blanks, quotes, braces, non-ASCII bytes) are percent-encoded.
-  std::string url;
-  url.reserve(cleaned.size());
-  static constexpr char kHex[] = "0123456789ABCDEF";
-  for (const char ch : cleaned) {
-    const auto c = static_cast<unsigned char>(ch);
-    if (isURLChar(c)) {
-      url.push_back(ch);
-    } else {
-      url.push_back('%');
-      url.push_back(kHex[c >> 4]);
-      url.push_back(kHex[c & 0x0F]);
-    }
-  }
-  return url;
+  return TNLStrings::percentEncode(cleaned, kURLPunctuation);
 }
