@@ -1,6 +1,7 @@
 #include "Platform/Foundation/TNLMainQueue.h"
 
 #include <condition_variable>
+#include <deque>
 #include <memory>
 #include <mutex>
 
@@ -8,25 +9,48 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include "Platform/Foundation/TNLNoDestructor.h"
+
 namespace {
 
-gboolean runTask(gpointer data) {
-  auto* task = static_cast<std::function<void()>*>(data);
-  (*task)();
-  return G_SOURCE_REMOVE;
+// Tasks wait here, in order, and each idle source runs the oldest one. Handing them over under a
+// mutex of our own (rather than as the source's data) keeps the hand-off between threads visible
+// to thread checkers, which cannot see GLib's internal locking.
+struct PendingTasks {
+  std::mutex mutex;
+  std::deque<std::function<void()>> tasks;
+};
+
+PendingTasks& pending() {
+  static TNLNoDestructor<PendingTasks> instance;
+  return *instance;
 }
 
-void deleteTask(gpointer data) {
-  delete static_cast<std::function<void()>*>(data);
+gboolean runOldestTask(gpointer) {
+  std::function<void()> task;
+  {
+    std::lock_guard lock(pending().mutex);
+    if (pending().tasks.empty()) {
+      return G_SOURCE_REMOVE;
+    }
+    task = std::move(pending().tasks.front());
+    pending().tasks.pop_front();
+  }
+  task();
+  return G_SOURCE_REMOVE;
 }
 
 }  // namespace
 
 void TNLMainQueue::async(std::function<void()> task) {
-  // Default priority keeps main-queue tasks in FIFO order among themselves and ahead of redraws.
+  {
+    std::lock_guard lock(pending().mutex);
+    pending().tasks.push_back(std::move(task));
+  }
+  // One source per task; default priority keeps main-queue tasks ahead of redraws.
   GSource* source = g_idle_source_new();
   g_source_set_priority(source, G_PRIORITY_DEFAULT);
-  g_source_set_callback(source, runTask, new std::function<void()>(std::move(task)), deleteTask);
+  g_source_set_callback(source, runOldestTask, nullptr, nullptr);
   g_source_attach(source, g_main_context_default());
   g_source_unref(source);
   g_main_context_wakeup(g_main_context_default());
