@@ -67,13 +67,6 @@ TEST(TNLViewController, ViewIsMadeOnFirstAccessAndTheRootAppearsWithItsWindow) {
   EXPECT_EQ(view->frame(), TNLRect(0, 0, 375, 667));  // the main screen
   EXPECT_EQ(*journal, (std::vector<std::string>{"c.viewDidLoad"}));
 
-  // A view set from outside is used as it is, without viewDidLoad.
-  auto other = std::make_shared<JournalController>("o", journal);
-  auto given = TNLView::create({1, 2, 3, 4});
-  other->setView(given);
-  EXPECT_EQ(other->view(), given);
-  EXPECT_EQ(journal->size(), 1u);
-
   auto window = TNLWindow::create({0, 0, 320, 480});
   window->setRootViewController(controller);
   EXPECT_EQ(view->frame(), TNLRect(0, 0, 320, 480));
@@ -108,24 +101,6 @@ TEST(TNLViewController, PresentAndDismissCallTheLifecycleInOrderAndCompleteLater
   EXPECT_EQ(stage.take(),
             (std::vector<std::string>{"ad.viewDidAppear(animated)",
                                       "root.viewDidDisappear(animated)", "completion"}));
-
-  // A browser over the ad, then closed: the ad appears again.
-  auto browser = stage.make("browser");
-  bool browserShown = false;
-  ad->present(browser, true, [&] { browserShown = true; });
-  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return browserShown; }));
-  stage.take();
-  bool browserClosed = false;
-  browser->dismiss(true, [&] { browserClosed = true; });
-  EXPECT_EQ(stage.take(), (std::vector<std::string>{"browser.viewWillDisappear(animated)",
-                                                    "ad.viewWillAppear(animated)"}));
-  EXPECT_EQ(browser->view()->superview(), stage.window);  // until the transition ends
-  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return browserClosed; }));
-  EXPECT_EQ(stage.take(), (std::vector<std::string>{"ad.viewDidAppear(animated)",
-                                                    "browser.viewDidDisappear(animated)"}));
-  EXPECT_EQ(browser->view()->superview(), nullptr);
-  EXPECT_EQ(ad->presentedViewController(), nullptr);
-  EXPECT_EQ(browser->presentingViewController(), nullptr);
 
   // The ad closes itself, not animated; the controller is released with its view.
   std::weak_ptr<TNLViewController> weakAd = ad;
