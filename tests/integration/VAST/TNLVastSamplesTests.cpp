@@ -238,37 +238,4 @@ TEST(TNLVastSamples, EverySampleGoesThroughTheWorkflow) {
   }
 }
 
-TEST(TNLVastSamples, ThePublishedWrapperMergesIntoItsInlineTarget) {
-  TNLTestServer server;
-  const auto samples = loadSamples();
-  const auto text = [&](const std::string& path) {
-    const auto found = std::find_if(samples.begin(), samples.end(),
-                                    [&](const Sample& sample) { return sample.path == path; });
-    return found == samples.end() ? std::string() : toLoopback(found->text, server);
-  };
-  const std::string inlineText = text("vast-3.0/Inline_Companion_Tag-test.xml");
-  const std::string wrapperText = text("vast-3.0/Wrapper_Tag-test.xml");
-  server.on("GET", "/vast-3.0/Inline_Companion_Tag-test.xml",
-            TNLTestServer::Response::xml(inlineText));
-
-  TNLVastRun run;
-  run.start(wrapperText);
-  ASSERT_TRUE(run.wait(1));
-  run.settle();
-  ASSERT_EQ(run.outcomes().size(), 1u);
-  ASSERT_TRUE(run.outcomes()[0].succeeded());
-  const auto result = TNL_XMLDocument::createWithXMLString(run.outcomes()[0].document, 0, nullptr);
-  const auto inlineDoc = TNL_XMLDocument::createWithXMLString(inlineText, 0, nullptr);
-  const auto wrapperDoc = TNL_XMLDocument::createWithXMLString(wrapperText, 0, nullptr);
-  ASSERT_TRUE(result && inlineDoc && wrapperDoc);
-  const auto count = [](const std::shared_ptr<TNL_XMLDocument>& doc, const std::string& xpath) {
-    return doc->nodesForXPath(xpath).value_or(TNL_XMLNode::Nodes{}).size();
-  };
-  // The wrapper's companion content lands in the inline ad's first Companion; its impression
-  // does not appear.
-  EXPECT_EQ(count(result, "(//Companion)[1]/*"),
-            count(inlineDoc, "(//Companion)[1]/*") + count(wrapperDoc, "//Companion/*"));
-  EXPECT_EQ(count(result, "//Impression"), count(inlineDoc, "//Impression"));
-}
-
 }  // namespace
