@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <condition_variable>
-#include <mutex>
 #include <thread>
 
 #include "Ads/Macros/TNLMacros.h"
-#include "Manifest/TNLManifestClient.h"
 #include "Manifest/TNLManifestHandler.h"
 #include "Platform/Foundation/TNLJSON.h"
 #include "Platform/Http/TNLHttpSession.h"
@@ -15,6 +12,7 @@
 #include "support/TNLLogCapture.h"
 #include "support/TNLTestDeviceFacts.h"
 #include "support/TNLTestServer.h"
+#include "support/TNLTestSignal.h"
 
 using namespace std::chrono_literals;
 
@@ -31,8 +29,7 @@ std::string manifestJSON(int ttl, const std::string& extra = "") {
 
 // What one retrieval delivered.
 struct Retrieval {
-  std::mutex mutex;
-  std::condition_variable changed;
+  TNLTestSignal signal;
   int successes = 0;
   int failures = 0;
   std::shared_ptr<TNLManifest> manifest;
@@ -42,27 +39,20 @@ struct Retrieval {
   void start() {
     TNLManifestHandler::retrieveManifestWithSuccess(
         [this](const std::shared_ptr<TNLManifest>& m) {
-          std::lock_guard lock(mutex);
-          manifest = m;
-          ++successes;
-          onSessionThread = TNLHttpSession::sharedSession()->isSessionThread();
-          changed.notify_all();
+          signal.record([&] {
+            manifest = m;
+            ++successes;
+            onSessionThread = TNLHttpSession::sharedSession()->isSessionThread();
+          });
         },
         [this](const TNLErrorPtr& e) {
-          std::lock_guard lock(mutex);
-          error = e;
-          ++failures;
-          changed.notify_all();
+          signal.record([&] {
+            error = e;
+            ++failures;
+          });
         });
   }
-  bool answered() {
-    std::lock_guard lock(mutex);
-    return successes + failures > 0;
-  }
-  bool wait() {
-    std::unique_lock lock(mutex);
-    return changed.wait_for(lock, 10s, [&] { return successes + failures > 0; });
-  }
+  bool wait() { return signal.waitFor(); }
 };
 
 class ManifestRetrieval : public ::testing::Test {
@@ -138,7 +128,7 @@ TEST_F(ManifestRetrieval, RetrievalsWithinTheTtlMakeOneRequest) {
 
   Retrieval second;
   second.start();
-  EXPECT_TRUE(second.answered()) << "a valid manifest is handed over before the call returns";
+  EXPECT_EQ(second.signal.count(), 1u) << "a valid manifest is handed over before the call returns";
   EXPECT_EQ(second.manifest, first.manifest);
   EXPECT_FALSE(second.onSessionThread);
   EXPECT_EQ(server.requestsTo(kPath).size(), 1u);
