@@ -31,6 +31,12 @@ class TNLTestSignal {
     std::lock_guard lock(mutex_);
     return count_;
   }
+  // Reads what the callbacks recorded, under the lock.
+  template <class Read>
+  auto read(Read&& reader) const {
+    std::lock_guard lock(mutex_);
+    return reader();
+  }
 
  private:
   mutable std::mutex mutex_;

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -16,20 +14,19 @@
 #include "Platform/Foundation/TNLSerialQueue.h"
 #include "Platform/Script/TNLJSContext.h"
 #include "support/TNLTestServer.h"
+#include "support/TNLTestSignal.h"
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
 
 namespace {
 
-// What the scripts report through a native `report(...)`: the arguments joined by "|", when, and
-// whether on the executor's queue.
+// What the scripts report through a native `report(...)`: the arguments joined by "|", and
+// whether all came on the executor's queue.
 class Reports {
  public:
   void install(const std::shared_ptr<OMIDTarnelLightJSExecutor>& executor) {
     executor->dispatchQueue()->sync([&] {
       const auto context = executor->jsContext();
-      ASSERT_NE(context, nullptr);
       const auto queue = executor->dispatchQueue();
       context->setFunction(context->globalObject(), "report",
                            [this, queue](TNLJSContext& ctx, const std::vector<TNLJSValue>& args) {
@@ -37,56 +34,27 @@ class Reports {
                              for (size_t i = 0; i < args.size(); ++i) {
                                line += (i > 0 ? "|" : "") + args[i].toString();
                              }
-                             add(line, queue->isCurrent());
-                             return ctx.undefinedValue();
-                           });
-      context->setFunction(context->globalObject(), "mark",
-                           [this](TNLJSContext& ctx, const std::vector<TNLJSValue>&) {
-                             std::lock_guard lock(mutex_);
-                             mark_ = Clock::now();
+                             signal_.record([&] {
+                               lines_.push_back(line);
+                               allOnQueue_ = allOnQueue_ && queue->isCurrent();
+                             });
                              return ctx.undefinedValue();
                            });
     });
   }
-
   bool waitFor(size_t count, std::chrono::milliseconds timeout = 5s) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, timeout, [&] { return lines_.size() >= count; });
+    return signal_.waitFor(count, timeout);
   }
-  std::vector<std::string> lines() {
-    std::lock_guard lock(mutex_);
-    return lines_;
+  std::vector<std::string> lines() const {
+    return signal_.read([&] { return lines_; });
   }
-  // Time from the last mark() to the report with the given text.
-  std::chrono::milliseconds sinceMark(const std::string& line) {
-    std::lock_guard lock(mutex_);
-    for (size_t i = 0; i < lines_.size(); ++i) {
-      if (lines_[i] == line) {
-        return std::chrono::duration_cast<std::chrono::milliseconds>(times_[i] - mark_);
-      }
-    }
-    ADD_FAILURE() << "no report " << line;
-    return {};
-  }
-  bool allOnQueue() {
-    std::lock_guard lock(mutex_);
-    return allOnQueue_;
+  bool allOnQueue() const {
+    return signal_.read([&] { return allOnQueue_; });
   }
 
  private:
-  void add(const std::string& line, bool onQueue) {
-    std::lock_guard lock(mutex_);
-    lines_.push_back(line);
-    times_.push_back(Clock::now());
-    allOnQueue_ = allOnQueue_ && onQueue;
-    changed_.notify_all();
-  }
-
-  std::mutex mutex_;
-  std::condition_variable changed_;
+  TNLTestSignal signal_;
   std::vector<std::string> lines_;
-  std::vector<Clock::time_point> times_;
-  Clock::time_point mark_;
   bool allOnQueue_ = true;
 };
 
@@ -136,23 +104,25 @@ TEST(OMIDTarnelJSTimer, TimeoutsWaitAtLeastTenMillisecondsAndNumberFromOne) {
   Reports reports;
   const auto executor = OMIDTarnelLightJSExecutor::lightJSExecutor();
   reports.install(executor);
+  // Each callback reports the milliseconds since the script started.
   executor->injectJavaScriptFromString(
-      "mark();"
-      "var ids = [omidNative.setTimeout(function () { report('zero'); }, 0),"
-      "           omidNative.setTimeout(function () { report('five'); }, 5),"
-      "           omidNative.setTimeout(\"report('string')\"),"
-      "           omidNative.setTimeout(function () { report('forty'); }, 40)];"
+      "var start = Date.now(); function since() { return Date.now() - start; }"
+      "var ids = [omidNative.setTimeout(function () { report('zero', since()); }, 0),"
+      "           omidNative.setTimeout(function () { report('five', since()); }, 5),"
+      "           omidNative.setTimeout(\"report('string', since())\"),"
+      "           omidNative.setTimeout(function () { report('forty', since()); }, 40)];"
       "var interval = omidNative.setInterval(function () { omidNative.clearInterval(interval); }, "
       "10);"
       "report('ids', ids.join(','), interval);");
   ASSERT_TRUE(reports.waitFor(5));
   const auto lines = reports.lines();
   EXPECT_EQ(lines[0], "ids|1,2,3,4|5");
-  EXPECT_EQ(lines.back(), "forty");
-  for (const std::string name : {"zero", "five", "string"}) {
-    EXPECT_GE(reports.sinceMark(name), 10ms) << name;
+  for (size_t i = 1; i < lines.size(); ++i) {
+    const auto bar = lines[i].find('|');
+    const std::string name = lines[i].substr(0, bar);
+    EXPECT_GE(std::stoi(lines[i].substr(bar + 1)), name == "forty" ? 40 : 10) << lines[i];
   }
-  EXPECT_GE(reports.sinceMark("forty"), 40ms);
+  EXPECT_EQ(lines.back().substr(0, 6), "forty|");
   EXPECT_TRUE(reports.allOnQueue());
 }
 
