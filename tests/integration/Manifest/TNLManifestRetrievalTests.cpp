@@ -21,10 +21,9 @@ namespace {
 constexpr char kPath[] = "/v4/manifest/APP1";
 constexpr char kZero[] = "00000000-0000-0000-0000-000000000000";
 
-std::string manifestJSON(int ttl, const std::string& extra = "") {
+std::string manifestJSON(int ttl) {
   return R"({"ttl": )" + std::to_string(ttl) +
-         R"(, "developer": {"applicationname": "My Property"}, "privacy": {"coppa": false})" +
-         extra + "}";
+         R"(, "developer": {"applicationname": "My Property"}, "privacy": {"coppa": false}})";
 }
 
 // What one retrieval delivered.
@@ -117,10 +116,7 @@ TEST_F(ManifestRetrieval, PostsTheDeviceFactsToTheApplicationsPath) {
 }
 
 TEST_F(ManifestRetrieval, RetrievalsWithinTheTtlMakeOneRequest) {
-  server.on("POST", kPath,
-            TNLTestServer::Response::json(manifestJSON(
-                3600, R"(, "monitoring": {"method": "GET", "baseuri": ")" + server.url("/track") +
-                          R"(", "uri_content": "?e=%EVENT_NAME%"})")));
+  server.on("POST", kPath, TNLTestServer::Response::json(manifestJSON(3600)));
   registerApp();
   Retrieval first;
   first.start();
@@ -133,12 +129,6 @@ TEST_F(ManifestRetrieval, RetrievalsWithinTheTtlMakeOneRequest) {
   EXPECT_FALSE(second.onSessionThread);
   EXPECT_EQ(server.requestsTo(kPath).size(), 1u);
   EXPECT_TRUE(TNLManifestHandler::manfiestIsValid());
-
-  // The fetch announced itself on the manifest's own monitoring URL.
-  ASSERT_TRUE(server.waitForRequests(2));
-  const auto trackers = server.requestsTo("/track");
-  ASSERT_EQ(trackers.size(), 1u);
-  EXPECT_EQ(trackers[0].query, "e=OnManifestLoaded");
 }
 
 TEST_F(ManifestRetrieval, ZeroTtlFetchesEveryTime) {

@@ -23,13 +23,6 @@ class JournalController : public TNLViewController {
   void viewDidAppear(bool animated) override { note("viewDidAppear", animated); }
   void viewWillDisappear(bool animated) override { note("viewWillDisappear", animated); }
   void viewDidDisappear(bool animated) override { note("viewDidDisappear", animated); }
-  void viewWillTransitionToSize(const TNLSize& size) override {
-    // The view still has its old size when told.
-    note("viewWillTransitionToSize " + std::to_string(static_cast<int>(size.width)) + "x" +
-         std::to_string(static_cast<int>(size.height)) + " from " +
-         std::to_string(static_cast<int>(view()->frame().width())));
-  }
-
   void note(const std::string& call) { journal_->push_back(name_ + "." + call); }
   void note(const std::string& call, bool animated) { note(call + (animated ? "(animated)" : "")); }
 
@@ -155,23 +148,6 @@ TEST(TNLViewController, RefusedPresentationsLogAndSkipTheCompletion) {
   EXPECT_FALSE(second->isViewLoaded());
   EXPECT_EQ(log.count("which is already presenting"), 1u);
   EXPECT_EQ(log.count("whose view is not in the window hierarchy!"), 1u);
-}
-
-TEST(TNLViewController, WindowSizeTransitionsReachEveryControllerBeforeTheResize) {
-  Stage stage;
-  auto ad = stage.make("ad");
-  bool shown = false;
-  stage.root->present(ad, false, [&] { shown = true; });
-  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return shown; }));
-  stage.take();
-
-  stage.window->transitionToSize({480, 320});
-  EXPECT_EQ(stage.take(),
-            (std::vector<std::string>{"root.viewWillTransitionToSize 480x320 from 320",
-                                      "ad.viewWillTransitionToSize 480x320 from 320"}));
-  EXPECT_EQ(stage.window->frame(), TNLRect(0, 0, 480, 320));
-  EXPECT_EQ(stage.root->view()->frame(), TNLRect(0, 0, 480, 320));
-  EXPECT_EQ(ad->view()->frame(), TNLRect(0, 0, 480, 320));
 }
 
 }  // namespace
