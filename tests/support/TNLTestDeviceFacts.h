@@ -9,6 +9,7 @@
 
 #include "TarnelAd/TNLDeviceFacts.h"
 #include "TarnelAd/TNLLocationSource.h"
+#include "TarnelAd/TNLSetup.h"
 
 // A location source whose answers the test gives: it records each request and keeps its callbacks
 // until the test answers.
@@ -96,6 +97,12 @@ class TNLTestDeviceFacts : public TNLDeviceFacts {
   };
 
   TNLTestDeviceFacts() : location_(std::make_shared<TNLTestLocationSource>()) {}
+  // New test facts, installed as the library's.
+  static std::shared_ptr<TNLTestDeviceFacts> install() {
+    auto facts = std::make_shared<TNLTestDeviceFacts>();
+    TNLSetup::setDeviceFacts(facts);
+    return facts;
+  }
 
   void update(const std::function<void(Values&)>& change) {
     std::lock_guard lock(mutex_);

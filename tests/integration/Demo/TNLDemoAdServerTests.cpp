@@ -34,7 +34,7 @@ class DemoAdServer : public ::testing::Test {
  protected:
   void SetUp() override {
     TNLSetup::setManifestBaseURL(server.baseURL());
-    TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+    TNLTestDeviceFacts::install();
     TNLMacros::setValueInMacroDictionary("demo-app", TNL_APPID_MACRO);
   }
 

@@ -26,7 +26,7 @@ class Trackers : public ::testing::Test {
  protected:
   void SetUp() override {
     TNLSetup::setManifestBaseURL(server.baseURL());
-    TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+    TNLTestDeviceFacts::install();
     TNLMacros::setValueInMacroDictionary("APP1", TNL_APPID_MACRO);
   }
 

@@ -32,7 +32,7 @@ constexpr char kTag[] = "https://cdn.example.test/banner/index.html";
 class BannerAdView : public ::testing::Test {
  protected:
   void SetUp() override {
-    TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+    TNLTestDeviceFacts::install();
     // The measurement SDK's process-wide observers exist before any count below.
     TNLOMHandler::sharedHandler();
     TNLScreen::mainScreen()->setBounds({0, 0, 320, 568});

@@ -45,7 +45,7 @@ class AdListener : public TNLAdDelegate {
 class FSAdViewController : public ::testing::Test {
  protected:
   void SetUp() override {
-    TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+    TNLTestDeviceFacts::install();
     // The measurement SDK's process-wide observers exist before any count below.
     TNLOMHandler::sharedHandler();
     window->setRootViewController(host);

@@ -17,12 +17,6 @@ namespace {
 
 constexpr char kZero[] = "00000000-0000-0000-0000-000000000000";
 
-std::shared_ptr<TNLTestDeviceFacts> installFacts() {
-  auto facts = std::make_shared<TNLTestDeviceFacts>();
-  TNLSetup::setDeviceFacts(facts);
-  return facts;
-}
-
 void holdManifestWithPrivacy(bool coppa, bool gdpr) {
   auto manifest = std::make_shared<TNLManifest>();
   manifest->setPrivacy(std::make_shared<TNLPrivacy>(coppa, gdpr));
@@ -30,7 +24,7 @@ void holdManifestWithPrivacy(bool coppa, bool gdpr) {
 }
 
 TEST(TNLMacros, UnrestrictedTableHoldsEveryTokenOfTheDevice) {
-  const auto facts = installFacts();
+  const auto facts = TNLTestDeviceFacts::install();
   const TNLMacroDict dict = TNLMacros::sharedMacroDict();
 
   const auto device = TNLDeviceInfo::sharedInstance();
@@ -95,7 +89,7 @@ class RestrictedMacros : public ::testing::TestWithParam<bool> {};
 
 TEST_P(RestrictedMacros, HideTheIdentityForTheLifeOfTheProcess) {
   const bool coppa = GetParam();
-  const auto facts = installFacts();
+  const auto facts = TNLTestDeviceFacts::install();
   holdManifestWithPrivacy(coppa, !coppa);
   const TNLMacroDict dict = TNLMacros::sharedMacroDict();
   EXPECT_EQ(dict.at(TNL_DEVICEID_MACRO), kZero);
@@ -115,7 +109,7 @@ TEST_P(RestrictedMacros, HideTheIdentityForTheLifeOfTheProcess) {
 INSTANTIATE_TEST_SUITE_P(CoppaOrGdpr, RestrictedMacros, ::testing::Bool());
 
 TEST(TNLMacros, SnapshotsDoNotSeeLaterWritesAndNullRemovesAToken) {
-  installFacts();
+  TNLTestDeviceFacts::install();
   const TNLMacroDict before = TNLMacros::sharedMacroDict();
   TNLMacros::setValueInMacroDictionary("APP-1", TNL_APPID_MACRO);
   EXPECT_EQ(before.count(TNL_APPID_MACRO), 0u);
@@ -131,7 +125,7 @@ TEST(TNLMacros, SnapshotsDoNotSeeLaterWritesAndNullRemovesAToken) {
 TEST(TNLMacros, AFailedConstructionLeavesTheTableUnsetForGood) {
   TNLLogCapture capture;
   TNLLog::sharedLogger()->setShowLogs(true);
-  const auto facts = installFacts();
+  const auto facts = TNLTestDeviceFacts::install();
   facts->update([](auto& v) { v.failingFact = "bundleIdentifier"; });
 
   EXPECT_TRUE(TNLMacros::sharedMacroDict().empty());

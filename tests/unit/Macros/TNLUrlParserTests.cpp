@@ -14,14 +14,8 @@ namespace {
 
 using Orientation = TNLDeviceFacts::Orientation;
 
-std::shared_ptr<TNLTestDeviceFacts> installFacts() {
-  auto facts = std::make_shared<TNLTestDeviceFacts>();
-  TNLSetup::setDeviceFacts(facts);
-  return facts;
-}
-
 TEST(TNLUrlParser, FillsStoredAndPerCallValuesThenEncodesTheWholeText) {
-  installFacts();
+  TNLTestDeviceFacts::install();
   const TNLUrlParser parser;
   const TNLMacroDict rewarded{{TNL_ZONE_MACRO, "Z1"}, {TNL_PRODUCT_MACRO, "2"}};
   EXPECT_EQ(parser.fillMacrosForUrl("https://ads.example/v1?z=%ZONE%&p=%PRODUCT%", rewarded),
@@ -63,7 +57,7 @@ TEST(TNLUrlParser, QueryEncodingKeepsExactlyTheQueryCharacters) {
 }
 
 TEST(TNLUrlParser, FreshValuesAreComputedOncePerCall) {
-  const auto facts = installFacts();
+  const auto facts = TNLTestDeviceFacts::install();
   const TNLUrlParser parser;
 
   const std::string twice = parser.fillMacrosForUrl("http://h/?a=%RAND%&b=%RAND%", std::nullopt);
@@ -102,7 +96,7 @@ TEST(TNLUrlParser, FreshValuesAreComputedOncePerCall) {
 }
 
 TEST(TNLUrlParser, PlainStringVariantSubstitutesStoredValuesOnly) {
-  installFacts();
+  TNLTestDeviceFacts::install();
   const TNLUrlParser parser;
   EXPECT_EQ(parser.fillMacrosForString(std::nullopt), std::nullopt);
   EXPECT_EQ(parser.fillMacrosForString("%MODEL% %RAND% %FOO% a b"), "x86_64  %FOO% a b");

@@ -45,7 +45,7 @@ class AdWebView : public Listener, public TNLWebView {
 class TNLOMHandlerTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+    TNLTestDeviceFacts::install();
     TNLLog::sharedLogger()->setShowLogs(true);
   }
 
