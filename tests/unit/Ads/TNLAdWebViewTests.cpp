@@ -193,33 +193,6 @@ TEST_F(AdWebView, APageWithoutAnAdIsNotInitialised) {
   EXPECT_TRUE(journal->calls.empty()) << "the bridge stays closed";
 }
 
-TEST_F(AdWebView, ScrollEventsAnnounceTheListenerOnceAndReportTheHostsScrollView) {
-  const auto webView = loaded(makeAd());
-  const auto engine = TNLHeadlessWebEngine::of(webView);
-  const auto host = TNLScrollView::create({0, 0, 320, 400});
-  host->setContentSize({320, 2000});
-  host->setContentOffset({0, 150.5});
-  webView->respondToScroll(host);
-  host->setContentOffset({0, 300});
-  webView->respondToScroll(host);
-
-  const auto& sent = engine->evaluatedStatements();
-  ASSERT_EQ(sent.size(), 3u);
-  EXPECT_EQ(sent[0], "ZENKO.isScrollListenerSubscribed(true)");
-  EXPECT_TRUE(webView->scrollInitialized());
-  for (size_t i = 1; i < 3; ++i) {
-    ASSERT_EQ(sent[i].rfind("ZENKO.scroll({", 0), 0u) << sent[i];
-    EXPECT_EQ(sent[i].find('\n'), std::string::npos) << "compact";
-    const TNLJson event = TNLJSON::parse(sent[i].substr(13, sent[i].size() - 14));
-    EXPECT_EQ(event["startX"], 0);
-    EXPECT_EQ(event["startY"], 0);
-    EXPECT_EQ(event["currX"], 0.0);
-    EXPECT_EQ(event["currY"], i == 1 ? 150.5 : 300.0);
-    EXPECT_EQ(event["maxX"], 320.0);
-    EXPECT_EQ(event["maxY"], 400.0);
-  }
-}
-
 TEST_F(AdWebView, DeviceDataDescribesScreenOrientationAndView) {
   TNLLogCapture capture;
   TNLLog::sharedLogger()->setShowLogs(true);
