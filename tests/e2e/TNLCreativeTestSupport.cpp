@@ -1,11 +1,8 @@
 #include "e2e/TNLCreativeTestSupport.h"
 
 #include <algorithm>
-#include <atomic>
 #include <map>
-#include <memory>
 
-#include "Manifest/TNLManifestHandler.h"
 #include "Platform/Foundation/TNLMainQueue.h"
 
 namespace tnl_e2e {
@@ -102,15 +99,6 @@ std::vector<CreativeReports::Call> CreativeReports::named(const std::string& nam
 bool CreativeReports::waitFor(const std::string& name, size_t count,
                               std::chrono::milliseconds timeout) const {
   return TNLMainQueue::runUntil([&] { return named(name).size() >= count; }, timeout);
-}
-
-bool retrieveManifest() {
-  // The answer comes on the HTTP thread; the main loop runs meanwhile.
-  const auto done = std::make_shared<std::atomic<int>>(0);
-  TNLManifestHandler::retrieveManifestWithSuccess([done](const auto&) { *done = 1; },
-                                                  [done](const auto&) { *done = -1; });
-  TNLMainQueue::runUntil([&] { return *done != 0; }, std::chrono::seconds(10));
-  return *done == 1;
 }
 
 }  // namespace tnl_e2e

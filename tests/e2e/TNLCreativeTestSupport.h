@@ -53,8 +53,4 @@ class CreativeReports {
   const TNLTestServer& server_;
 };
 
-// Fetches the manifest as an earlier load would have, so that the trackers of the first load
-// are sent. False when it could not be fetched.
-bool retrieveManifest();
-
 }  // namespace tnl_e2e

@@ -18,6 +18,7 @@
 #include "e2e/TNLCreativeTestSupport.h"
 #include "e2e/TNLGtkTestSupport.h"
 #include "support/TNLTestAdService.h"
+#include "support/TNLTestHosts.h"
 
 namespace {
 
@@ -25,31 +26,7 @@ using namespace tnl_e2e;
 using Response = TNLTestServer::Response;
 using Names = std::vector<std::string>;
 
-// Ads and pages answer after this delay, so that the tracker sent before each request has
-// reached the monitoring endpoint before the next one is sent.
-constexpr auto kContentDelay = 100ms;
-
-// The host's screen: banners sit in its view, and it hears about them (on the main thread).
-class BannerScreen : public TNLViewController, public TNLBannerAdDelegate {
- public:
-  void onBannerAdReadyForZone(const std::shared_ptr<TNLBannerAdView>&,
-                              const std::string& zone) override {
-    calls.push_back("ready " + zone);
-  }
-  void onBannerAdFailedForZone(const std::shared_ptr<TNLBannerAdView>&,
-                               const std::string& zone) override {
-    calls.push_back("failed " + zone);
-  }
-  void onBannerAdClosedForZone(const std::shared_ptr<TNLBannerAdView>&,
-                               const std::string& zone) override {
-    calls.push_back("closed " + zone);
-  }
-  bool waitForCall(const std::string& call) const {
-    return waitFor([&] { return std::find(calls.begin(), calls.end(), call) != calls.end(); });
-  }
-
-  Names calls;
-};
+constexpr auto kContentDelay = TNLTestAdService::kContentDelay;
 
 // The host's scroll handling: it tells the banner in its feed of every scroll.
 class FeedScrolling : public TNLScrollViewDelegate {
@@ -79,8 +56,7 @@ class BannerAdTest : public GtkTest {
                                                  {"creative_tag", server.url("/banner.html")},
                                                  {"copy", {{"brandName", "Acme"}}}}))
                   .after(kContentDelay));
-    ASSERT_TRUE(retrieveManifest());
-    ASSERT_TRUE(service.waitForEvents(1));
+    ASSERT_TRUE(service.preloadManifest());
   }
 
   void serveCreative(const std::string& body, const std::string& script) {
@@ -102,7 +78,7 @@ class BannerAdTest : public GtkTest {
   TNLTestAdService service;
   TNLTestServer& server = service.server;
   CreativeReports reports{server};
-  std::shared_ptr<BannerScreen> screen = std::make_shared<BannerScreen>();
+  std::shared_ptr<TNLTestBannerHost> screen = std::make_shared<TNLTestBannerHost>();
   std::shared_ptr<TNLWindow> window;
   TNLSize bannerSize;
 };
@@ -123,7 +99,7 @@ TEST_F(BannerAdTest, ABannerInTheHostsFeedRunsFromLoadToCloseAndItsPageHearsTheL
   scrolling->banner = banner;
 
   banner->loadAdForZone("B");
-  ASSERT_TRUE(screen->waitForCall("ready B"));
+  ASSERT_TRUE(screen->waitForCall("ready B @main"));
   GtkWidget* bannerWidget = widgetOf(banner);
   EXPECT_TRUE(waitFor([&] { return heightIs(bannerWidget, std::lround(bannerSize.height)); }));
 
@@ -175,8 +151,8 @@ TEST_F(BannerAdTest, ABannerInTheHostsFeedRunsFromLoadToCloseAndItsPageHearsTheL
   // The user taps the creative's close button: the banner leaves the host's feed.
   click(bannerWidget, gtk_widget_get_allocated_width(bannerWidget) - 30,
         gtk_widget_get_allocated_height(bannerWidget) - 30);
-  ASSERT_TRUE(screen->waitForCall("closed B"));
-  EXPECT_EQ(screen->calls, (Names{"ready B", "closed B"}));
+  ASSERT_TRUE(screen->waitForCall("closed B @main"));
+  EXPECT_EQ(screen->calls(), (Names{"ready B @main", "closed B @main"}));
   EXPECT_EQ(banner->superview(), nullptr);
   EXPECT_EQ(banner->loadedWebView(), nullptr);
   EXPECT_FALSE(gtk_widget_get_mapped(bannerWidget));
@@ -216,7 +192,7 @@ TEST_F(BannerAdTest, AnExpansionWithTouchGrowsTheBannerAndClicksInTheAddedBandRe
   screen->view()->addSubview(banner);
 
   banner->loadAdForZone("E");
-  ASSERT_TRUE(screen->waitForCall("ready E"));
+  ASSERT_TRUE(screen->waitForCall("ready E @main"));
   ASSERT_TRUE(reports.waitFor("ZENKO.onWebViewExpanded"));
   const auto expanded = reports.named("ZENKO.onWebViewExpanded");
   EXPECT_EQ(expanded[0].args, nlohmann::json::array({250}));

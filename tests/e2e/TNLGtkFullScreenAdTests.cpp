@@ -7,7 +7,6 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -23,6 +22,7 @@
 #include "e2e/TNLGtkTestSupport.h"
 #include "support/TNLLogCapture.h"
 #include "support/TNLTestAdService.h"
+#include "support/TNLTestHosts.h"
 
 namespace {
 
@@ -30,58 +30,7 @@ using namespace tnl_e2e;
 using Response = TNLTestServer::Response;
 using Names = std::vector<std::string>;
 
-// Ads and pages answer after this delay, so that the tracker sent before each request has
-// reached the monitoring endpoint before the next one is sent.
-constexpr auto kContentDelay = 100ms;
-
-// The host's screen: the root of its window, the view controller ads are presented from and the
-// delegate of both ad types. Full-screen callbacks come on the thread that did the work.
-class GameScreen : public TNLViewController,
-                   public TNLInterstitialAdDelegate,
-                   public TNLRewardedAdDelegate {
- public:
-  void onInterstitialAdReadyForZone(const std::string& zone) override {
-    note("interstitial ready " + zone);
-  }
-  void onInterstitialAdFailedForZone(const std::string& zone) override {
-    note("interstitial failed " + zone);
-  }
-  void onInterstitialAdClosedForZone(const std::string& zone) override {
-    note("interstitial closed " + zone);
-  }
-  void onRewardedAdReadyForZone(const std::string& zone) override {
-    note("rewarded ready " + zone);
-  }
-  void onRewardedAdFailedForZone(const std::string& zone) override {
-    note("rewarded failed " + zone);
-  }
-  void onRewardedAdClosedForZone(const std::string& zone) override {
-    note("rewarded closed " + zone);
-  }
-  void onRewardedAdRewardedForZone(const std::string& zone) override {
-    note("rewarded reward " + zone);
-  }
-
-  Names calls() const {
-    std::lock_guard lock(mutex_);
-    return calls_;
-  }
-  bool waitForCall(const std::string& call) const {
-    return waitFor([&] {
-      const Names all = calls();
-      return std::find(all.begin(), all.end(), call) != all.end();
-    });
-  }
-
- private:
-  void note(const std::string& call) {
-    std::lock_guard lock(mutex_);
-    calls_.push_back(call);
-  }
-
-  mutable std::mutex mutex_;
-  Names calls_;
-};
+constexpr auto kContentDelay = TNLTestAdService::kContentDelay;
 
 class FullScreenAdTest : public GtkTest {
  protected:
@@ -95,8 +44,7 @@ class FullScreenAdTest : public GtkTest {
     ASSERT_TRUE(waitUntilMapped(hostWindow));
     service.publishManifest({{0, "/ads"}});
     server.on("GET", "/ads", Response::json(adJSON()).after(kContentDelay));
-    ASSERT_TRUE(retrieveManifest());
-    ASSERT_TRUE(service.waitForEvents(1));
+    ASSERT_TRUE(service.preloadManifest());
   }
 
   std::string adJSON() const {
@@ -131,7 +79,7 @@ class FullScreenAdTest : public GtkTest {
   TNLTestAdService service;
   TNLTestServer& server = service.server;
   CreativeReports reports{server};
-  std::shared_ptr<GameScreen> screen = std::make_shared<GameScreen>();
+  std::shared_ptr<TNLTestFullScreenHost> screen = std::make_shared<TNLTestFullScreenHost>();
   std::shared_ptr<TNLWindow> window;
   GtkWidget* hostWindow = nullptr;
 };
@@ -158,7 +106,7 @@ TEST_F(FullScreenAdTest, ARewardedAdRunsFromLoadToCloseAndItsPageHearsTheLibrary
 
   TNLRewardedAd::setRewardedAdDelegate(screen, "APP1");
   TNLRewardedAd::loadRewardedAdForZone("Z");
-  ASSERT_TRUE(screen->waitForCall("rewarded ready Z"));
+  ASSERT_TRUE(screen->waitForCall("rewarded ready Z @http"));
   ASSERT_TRUE(service.waitForEvents(4));
   TNLRewardedAd::showRewardedAdForZone("Z");
   const auto controller = shownAd();
@@ -181,17 +129,18 @@ TEST_F(FullScreenAdTest, ARewardedAdRunsFromLoadToCloseAndItsPageHearsTheLibrary
   GtkWidget* done = widgetOf(browser->doneButton());
   ASSERT_NE(done, nullptr);
   click(done, gtk_widget_get_allocated_width(done) / 2, gtk_widget_get_allocated_height(done) / 2);
-  ASSERT_TRUE(screen->waitForCall("rewarded reward Z"));
+  ASSERT_TRUE(screen->waitForCall("rewarded reward Z @main"));
   EXPECT_TRUE(waitFor([&] { return controller->presentedViewController() == nullptr; }));
   EXPECT_EQ(screen->presentedViewController(), controller) << "a reward does not end the ad";
 
   // The volume changes, and the host's window turns to landscape: the creative closes.
   service.facts->setOutputVolume(0.5f);
   gtk_window_resize(GTK_WINDOW(hostWindow), 640, 480);
-  ASSERT_TRUE(screen->waitForCall("rewarded closed Z"));
+  ASSERT_TRUE(screen->waitForCall("rewarded closed Z @main"));
   EXPECT_TRUE(waitUntilDismissed());
   EXPECT_TRUE(TNLFSAdHandler::sharedHandler()->loadedAds().empty());
-  EXPECT_EQ(screen->calls(), (Names{"rewarded ready Z", "rewarded reward Z", "rewarded closed Z"}));
+  EXPECT_EQ(screen->calls(), (Names{"rewarded ready Z @http", "rewarded reward Z @main",
+                                    "rewarded closed Z @main"}));
 
   // Everything the page heard, in order. The presentation's own "visible" statement is sent
   // before the page is loaded, so it never reaches the creative.
@@ -241,7 +190,7 @@ TEST_F(FullScreenAdTest, IframeNavigationsAreAllowedAndOnlyTheCreativesOwnBridge
 
   TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
   TNLInterstitialAd::loadInterstitialAdForZone("F");
-  ASSERT_TRUE(screen->waitForCall("interstitial ready F"));
+  ASSERT_TRUE(screen->waitForCall("interstitial ready F @http"));
   ASSERT_TRUE(service.waitForEvents(4));
   TNLInterstitialAd::showInterstitialAdForZone("F");
   const auto controller = shownAd();
@@ -254,14 +203,14 @@ TEST_F(FullScreenAdTest, IframeNavigationsAreAllowedAndOnlyTheCreativesOwnBridge
   EXPECT_EQ(log.count("URL String: " + server.url("/frame.html")), 1u);
   EXPECT_EQ(log.count("URL String: bridge://close"), 2u);
   settle(200ms);
-  EXPECT_EQ(screen->calls(), Names{"interstitial ready F"});
+  EXPECT_EQ(screen->calls(), Names{"interstitial ready F @http"});
   EXPECT_EQ(screen->presentedViewController(), controller);
   EXPECT_EQ(TNLFSAdHandler::sharedHandler()->loadedAds().count("F"), 1u);
 
   // The user taps the creative's close button.
   GtkWidget* page = widgetOf(controller->view());
   click(page, gtk_widget_get_allocated_width(page) - 40, 40);
-  ASSERT_TRUE(screen->waitForCall("interstitial closed F"));
+  ASSERT_TRUE(screen->waitForCall("interstitial closed F @main"));
   EXPECT_TRUE(waitUntilDismissed());
   EXPECT_EQ(log.count("URL String: bridge://close"), 3u);
   EXPECT_TRUE(TNLFSAdHandler::sharedHandler()->loadedAds().empty());
@@ -281,7 +230,7 @@ TEST_F(FullScreenAdTest, ACreativeThatOptsInToDisplayMeasurementHearsItsSessionF
 
   TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
   TNLInterstitialAd::loadInterstitialAdForZone("OM", adJSON());
-  ASSERT_TRUE(screen->waitForCall("interstitial ready OM"));
+  ASSERT_TRUE(screen->waitForCall("interstitial ready OM @http"));
   TNLInterstitialAd::showInterstitialAdForZone("OM");
   const auto controller = shownAd();
   ASSERT_NE(controller, nullptr);
@@ -303,7 +252,7 @@ TEST_F(FullScreenAdTest, ACreativeThatOptsInToDisplayMeasurementHearsItsSessionF
   EXPECT_EQ(start[0].args[1]["omidNativeInfo"]["partnerName"], "Tarnel");
 
   // Closing finishes the session while its page is still there to hear it.
-  ASSERT_TRUE(screen->waitForCall("interstitial closed OM"));
+  ASSERT_TRUE(screen->waitForCall("interstitial closed OM @main"));
   ASSERT_TRUE(reports.waitFor("omidBridge.finishSession"));
   EXPECT_TRUE(waitUntilDismissed());
   const Names names = reports.names();

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -58,6 +60,17 @@ inline std::pair<int, int> screenPoint(GtkWidget* widget, int x, int y) {
   return {originX + inToplevelX, originY + inToplevelY};
 }
 
+// The colour of the toplevel window's pixel at (x, y), once drawing has caught up.
+inline std::array<int, 3> pixelAt(GtkWidget* toplevel, int x, int y,
+                                  std::chrono::milliseconds drawing = 100ms) {
+  settle(drawing);
+  GdkPixbuf* pixbuf = gdk_pixbuf_get_from_window(gtk_widget_get_window(toplevel), x, y, 1, 1);
+  const guchar* pixel = gdk_pixbuf_get_pixels(pixbuf);
+  const std::array<int, 3> rgb{pixel[0], pixel[1], pixel[2]};
+  g_object_unref(pixbuf);
+  return rgb;
+}
+
 // A real click at the widget's point (x, y), once layout and input routing have caught up with
 // the model: the X server moves the pointer and presses the first button, so GDK picks the
 // window under the pointer as for a user's click.
@@ -101,12 +114,7 @@ class RecordingDelegate : public TNLNavigationDelegate {
   }
 
   bool saw(const std::string& entry) const {
-    for (const auto& seenEntry : seen) {
-      if (seenEntry == entry) {
-        return true;
-      }
-    }
-    return false;
+    return std::find(seen.begin(), seen.end(), entry) != seen.end();
   }
 
   std::vector<std::string> seen;

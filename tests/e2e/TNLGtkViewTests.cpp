@@ -121,24 +121,17 @@ TEST_F(ViewTest, BackgroundsArePaintedAndClippingCutsSubviews) {
   GtkWidget* toplevel = gtk_widget_get_toplevel(widgetOf(parent));
   ASSERT_TRUE(waitUntilMapped(toplevel));
 
-  const auto pixelAt = [&](int x, int y) {
-    settle(100ms);
-    GdkPixbuf* pixbuf = gdk_pixbuf_get_from_window(gtk_widget_get_window(toplevel), x, y, 1, 1);
-    const guchar* pixel = gdk_pixbuf_get_pixels(pixbuf);
-    const std::array<int, 3> rgb{pixel[0], pixel[1], pixel[2]};
-    g_object_unref(pixbuf);
-    return rgb;
-  };
+  const auto pixel = [&](int x, int y) { return pixelAt(toplevel, x, y); };
   constexpr std::array<int, 3> red{255, 0, 0};
   constexpr std::array<int, 3> blue{0, 0, 255};
   // A subview reaches beyond its superview unless the superview clips.
-  EXPECT_TRUE(waitFor([&] { return pixelAt(150, 150) == red; }, 3s));
-  EXPECT_EQ(pixelAt(250, 250), blue);
+  EXPECT_TRUE(waitFor([&] { return pixel(150, 150) == red; }, 3s));
+  EXPECT_EQ(pixel(250, 250), blue);
   parent->setClipsToBounds(true);
-  EXPECT_TRUE(waitFor([&] { return pixelAt(150, 150) == blue; }, 3s));
-  EXPECT_EQ(pixelAt(50, 50), red);
+  EXPECT_TRUE(waitFor([&] { return pixel(150, 150) == blue; }, 3s));
+  EXPECT_EQ(pixel(50, 50), red);
   child->setBackgroundColor(std::nullopt);
-  EXPECT_TRUE(waitFor([&] { return pixelAt(50, 50) == blue; }, 3s));
+  EXPECT_TRUE(waitFor([&] { return pixel(50, 50) == blue; }, 3s));
 }
 
 TEST_F(ViewTest, LabelsAndButtonsShowTheirTextAndMeasureIt) {

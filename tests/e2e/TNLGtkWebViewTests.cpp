@@ -374,18 +374,11 @@ TEST_F(WebViewTest, AViewThatIsNotOpaqueShowsWhatLiesBehindIt) {
   GtkWidget* toplevel = gtk_widget_get_toplevel(widgetOf(webView));
   ASSERT_TRUE(waitUntilMapped(toplevel));
 
-  const auto pixelAt = [&](int x, int y) {
-    settle(300ms);
-    GdkPixbuf* pixbuf = gdk_pixbuf_get_from_window(gtk_widget_get_window(toplevel), x, y, 1, 1);
-    const guchar* pixel = gdk_pixbuf_get_pixels(pixbuf);
-    const std::array<int, 3> rgb{pixel[0], pixel[1], pixel[2]};
-    g_object_unref(pixbuf);
-    return rgb;
-  };
+  const auto pixel = [&](int x, int y) { return pixelAt(toplevel, x, y, 300ms); };
   // Opaque (the default): the page's white.
-  EXPECT_TRUE(waitFor([&] { return pixelAt(200, 200) == std::array<int, 3>{255, 255, 255}; }, 5s));
+  EXPECT_TRUE(waitFor([&] { return pixel(200, 200) == std::array<int, 3>{255, 255, 255}; }, 5s));
   webView->setOpaque(false);
-  EXPECT_TRUE(waitFor([&] { return pixelAt(200, 200) == std::array<int, 3>{255, 0, 0}; }, 5s));
+  EXPECT_TRUE(waitFor([&] { return pixel(200, 200) == std::array<int, 3>{255, 0, 0}; }, 5s));
 }
 
 TEST_F(WebViewTest, TheConfigurationReachesTheEngine) {

@@ -1,9 +1,12 @@
 #include "support/TNLTestAdService.h"
 
+#include <atomic>
 #include <thread>
 
 #include "Ads/Macros/TNLMacros.h"
+#include "Manifest/TNLManifestHandler.h"
 #include "Platform/Foundation/TNLJSON.h"
+#include "Platform/Foundation/TNLMainQueue.h"
 #include "TarnelAd/TNLConstants.h"
 #include "TarnelAd/TNLSetup.h"
 
@@ -15,6 +18,14 @@ void TNLTestAdService::install() {
   TNLSetup::setManifestBaseURL(server.baseURL());
   TNLSetup::setDeviceFacts(facts);
   TNLMacros::setValueInMacroDictionary(appId_, TNL_APPID_MACRO);
+}
+
+bool TNLTestAdService::preloadManifest() {
+  const auto done = std::make_shared<std::atomic<int>>(0);
+  TNLManifestHandler::retrieveManifestWithSuccess([done](const auto&) { *done = 1; },
+                                                  [done](const auto&) { *done = -1; });
+  TNLMainQueue::runUntil([&] { return *done != 0; }, std::chrono::seconds(10));
+  return *done == 1 && waitForEvents(1);
 }
 
 void TNLTestAdService::publishManifest(const std::vector<Source>& sources, int ttl,

@@ -25,9 +25,18 @@ class TNLTestAdService {
   std::string manifestPath() const { return "/v4/manifest/" + appId_; }
   static constexpr char kMonitorPath[] = "/monitor";
   static constexpr char kTemplatePath[] = "/vast-template.html";
+  // Trackers travel on connections of their own, so two sent close together may arrive in either
+  // order. Ads and pages answer after this delay, so that the event sent before a request has
+  // arrived when the next one is sent.
+  static constexpr std::chrono::milliseconds kContentDelay{100};
 
   // Sets the base URL, injectable device facts and the application ID.
   void install();
+
+  // Fetches the manifest as an earlier load in the session would have, so that the trackers are
+  // set up when the first load starts, and waits for its OnManifestLoaded event. The main loop
+  // runs meanwhile.
+  bool preloadManifest();
 
   // Publishes a manifest whose sources ask `path?z=%ZONE%&p=%PRODUCT%` on this server, whose
   // monitoring URL is `/monitor?e=%EVENT_NAME%` (GET), and whose VAST template is

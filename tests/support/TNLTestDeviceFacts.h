@@ -9,6 +9,7 @@
 
 #include "TarnelAd/TNLDeviceFacts.h"
 #include "TarnelAd/TNLLocationSource.h"
+#include "TarnelAd/TNLSetup.h"
 
 // A location source whose answers the test gives: it records each request and keeps its callbacks
 // until the test answers.
@@ -96,67 +97,45 @@ class TNLTestDeviceFacts : public TNLDeviceFacts {
   };
 
   TNLTestDeviceFacts() : location_(std::make_shared<TNLTestLocationSource>()) {}
+  // New test facts, installed as the library's.
+  static std::shared_ptr<TNLTestDeviceFacts> install() {
+    auto facts = std::make_shared<TNLTestDeviceFacts>();
+    TNLSetup::setDeviceFacts(facts);
+    return facts;
+  }
 
   void update(const std::function<void(Values&)>& change) {
     std::lock_guard lock(mutex_);
     change(values_);
   }
   const std::shared_ptr<TNLTestLocationSource>& testLocationSource() const { return location_; }
-
-  std::string bundleIdentifier() const override {
-    return get("bundleIdentifier", &Values::bundleIdentifier);
-  }
-  std::optional<std::string> bundleDisplayName() const override {
-    return get("bundleDisplayName", &Values::displayName);
-  }
-  std::optional<std::string> bundleName() const override {
-    return get("bundleName", &Values::bundleName);
-  }
-  std::string bundleShortVersion() const override {
-    return get("bundleShortVersion", &Values::shortVersion);
-  }
-  std::string deviceName() const override { return get("deviceName", &Values::deviceName); }
-  std::string systemName() const override { return get("systemName", &Values::systemName); }
-  std::string systemVersion() const override {
-    return get("systemVersion", &Values::systemVersion);
-  }
-  std::optional<std::string> hardwareMachine() const override {
-    return get("hardwareMachine", &Values::machine);
-  }
-  std::string kernelRelease() const override {
-    return get("kernelRelease", &Values::kernelRelease);
-  }
-  std::string httpStackVersion() const override {
-    return get("httpStackVersion", &Values::httpStackVersion);
-  }
-  std::vector<std::string> preferredLanguages() const override {
-    return get("preferredLanguages", &Values::languages);
-  }
-  std::string advertisingIdentifier() const override {
-    return get("advertisingIdentifier", &Values::advertisingIdentifier);
-  }
-  bool isAdvertisingTrackingEnabled() const override {
-    return get("isAdvertisingTrackingEnabled", &Values::trackingEnabled);
-  }
-  std::optional<std::string> carrierName() const override {
-    return get("carrierName", &Values::carrier);
-  }
-  std::optional<std::vector<InterfaceAddress>> interfaceAddresses() const override {
-    return get("interfaceAddresses", &Values::addresses);
-  }
-  std::optional<std::string> primaryInterfaceName() const override {
-    return get("primaryInterfaceName", &Values::primaryInterface);
-  }
-  std::optional<uint32_t> reachabilityFlags() const override {
-    return get("reachabilityFlags", &Values::flags);
-  }
-  std::optional<ScreenMetrics> mainScreen() const override {
-    return get("mainScreen", &Values::screen);
-  }
-  Orientation deviceOrientation() const override {
-    return get("deviceOrientation", &Values::orientation);
-  }
   std::shared_ptr<TNLLocationSource> locationSource() const override { return location_; }
+
+// Each fact reads its member of Values, or raises when the test names it as failing.
+#define TNL_TEST_FACT(Type, fact, member) \
+  Type fact() const override {            \
+    return get(#fact, &Values::member);   \
+  }
+  TNL_TEST_FACT(std::string, bundleIdentifier, bundleIdentifier)
+  TNL_TEST_FACT(std::optional<std::string>, bundleDisplayName, displayName)
+  TNL_TEST_FACT(std::optional<std::string>, bundleName, bundleName)
+  TNL_TEST_FACT(std::string, bundleShortVersion, shortVersion)
+  TNL_TEST_FACT(std::string, deviceName, deviceName)
+  TNL_TEST_FACT(std::string, systemName, systemName)
+  TNL_TEST_FACT(std::string, systemVersion, systemVersion)
+  TNL_TEST_FACT(std::optional<std::string>, hardwareMachine, machine)
+  TNL_TEST_FACT(std::string, kernelRelease, kernelRelease)
+  TNL_TEST_FACT(std::string, httpStackVersion, httpStackVersion)
+  TNL_TEST_FACT(std::vector<std::string>, preferredLanguages, languages)
+  TNL_TEST_FACT(std::string, advertisingIdentifier, advertisingIdentifier)
+  TNL_TEST_FACT(bool, isAdvertisingTrackingEnabled, trackingEnabled)
+  TNL_TEST_FACT(std::optional<std::string>, carrierName, carrier)
+  TNL_TEST_FACT(std::optional<std::vector<InterfaceAddress>>, interfaceAddresses, addresses)
+  TNL_TEST_FACT(std::optional<std::string>, primaryInterfaceName, primaryInterface)
+  TNL_TEST_FACT(std::optional<uint32_t>, reachabilityFlags, flags)
+  TNL_TEST_FACT(std::optional<ScreenMetrics>, mainScreen, screen)
+  TNL_TEST_FACT(Orientation, deviceOrientation, orientation)
+#undef TNL_TEST_FACT
 
  private:
   template <class T>

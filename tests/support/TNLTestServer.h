@@ -76,13 +76,12 @@ class TNLTestServer {
   std::string baseURL() const;
   std::string url(const std::string& path) const { return baseURL() + path; }
 
-  // Answers `method` requests for `path` (exact match) with the response, or with a handler's.
+  // Answers GET or POST requests for `path` (exact match) with the response, or with a handler's.
   // A later registration for the same method and path replaces the earlier one.
   void on(const std::string& method, const std::string& path, Response response);
   void on(const std::string& method, const std::string& path, Handler handler);
   // Unregistered paths answer 404 with an empty body.
 
-  std::vector<Request> requests() const;
   std::vector<Request> requestsTo(const std::string& path) const;
   size_t requestCount() const;
   // Waits until at least `count` requests were recorded.

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <condition_variable>
-#include <mutex>
+#include <thread>
 
 #include "Ads/FullScreenAds/TNLFSAd.h"
 #include "Ads/TNLAd.h"
@@ -10,6 +9,7 @@
 #include "TarnelAd/TNLConstants.h"
 #include "TarnelAd/TNLSetup.h"
 #include "support/TNLTestAdService.h"
+#include "support/TNLTestSignal.h"
 
 using namespace std::chrono_literals;
 using Response = TNLTestServer::Response;
@@ -25,34 +25,21 @@ constexpr char kInlineMP4[] =
 
 // What one request's callbacks delivered.
 struct Outcome {
-  std::mutex mutex;
-  std::condition_variable changed;
+  TNLTestSignal signal;
   std::vector<std::shared_ptr<TNLAd>> ads;
   std::vector<TNLErrorPtr> errors;
 
   TNLAdClient::AdSuccess success() {
-    return [this](const std::shared_ptr<TNLAd>& ad) {
-      std::lock_guard lock(mutex);
-      ads.push_back(ad);
-      changed.notify_all();
-    };
+    return [this](const std::shared_ptr<TNLAd>& ad) { signal.record([&] { ads.push_back(ad); }); };
   }
   TNLAdClient::Failure failure() {
-    return [this](const TNLErrorPtr& error) {
-      std::lock_guard lock(mutex);
-      errors.push_back(error);
-      changed.notify_all();
-    };
+    return [this](const TNLErrorPtr& e) { signal.record([&] { errors.push_back(e); }); };
   }
-  bool waitFor(size_t calls) {
-    std::unique_lock lock(mutex);
-    return changed.wait_for(lock, 10s, [&] { return ads.size() + errors.size() >= calls; });
-  }
-  // Lets a late extra callback arrive, then counts.
-  size_t settledCount() {
+  // Waits for `calls` callbacks, then lets a late extra one arrive and counts.
+  size_t settledCount(size_t calls = 1) {
+    EXPECT_TRUE(signal.waitFor(calls));
     std::this_thread::sleep_for(100ms);
-    std::lock_guard lock(mutex);
-    return ads.size() + errors.size();
+    return signal.count();
   }
 };
 
@@ -72,7 +59,6 @@ TEST_F(AdClient, AsksSourcesInRankOrderAndStopsAtTheFirstValidAd) {
 
   Outcome outcome;
   TNLAdClient().getAdForZone("Z1", false, true, outcome.success(), outcome.failure());
-  ASSERT_TRUE(outcome.waitFor(1));
   EXPECT_EQ(outcome.settledCount(), 1u);
   ASSERT_EQ(outcome.ads.size(), 1u);
   EXPECT_EQ(outcome.ads[0]->creativeTag(), "http://c/1.html");
@@ -92,7 +78,6 @@ TEST_F(AdClient, MovesOnPastBlankTagsEmptyBodiesArraysAndTemplatelessVAST) {
 
   Outcome outcome;
   TNLAdClient().getAdForZone("Z", false, false, outcome.success(), outcome.failure());
-  ASSERT_TRUE(outcome.waitFor(1));
   EXPECT_EQ(outcome.settledCount(), 1u);
   ASSERT_EQ(outcome.ads.size(), 1u);
   EXPECT_EQ(outcome.ads[0]->creativeTag(), "http://c/good.html");
@@ -104,19 +89,14 @@ TEST_F(AdClient, MovesOnPastBlankTagsEmptyBodiesArraysAndTemplatelessVAST) {
 TEST_F(AdClient, AVASTResponseBecomesAFullScreenAdOnTheTemplatePage) {
   service.publishManifest({{0, "/vast"}});
   server.on("GET", "/vast", Response::xml(kInlineMP4));
+  TNLTestSignal signal;
   std::shared_ptr<TNLFSAd> ad;
-  std::mutex mutex;
-  std::condition_variable done;
   TNLAdClient().getFSAdForZone(
       "Z", false,
-      [&](const std::shared_ptr<TNLFSAd>& result) {
-        std::lock_guard lock(mutex);
-        ad = result;
-        done.notify_all();
-      },
+      [&](const std::shared_ptr<TNLFSAd>& result) { signal.record([&] { ad = result; }); },
       [](const TNLErrorPtr&) {});
-  std::unique_lock lock(mutex);
-  ASSERT_TRUE(done.wait_for(lock, 10s, [&] { return ad != nullptr; }));
+  ASSERT_TRUE(signal.waitFor());
+  ASSERT_NE(ad, nullptr);
   EXPECT_TRUE(ad->isVast());
   EXPECT_EQ(ad->creativeTag(), server.url(TNLTestAdService::kTemplatePath));
   EXPECT_EQ(ad->mediaFile(), "http://127.0.0.1/v.mp4");
@@ -133,7 +113,6 @@ TEST_F(AdClient, WhenEverySourceFailsTheFailureComesOnceWithCodeZero) {
   TNLAdClient().getBannerAdForZone(
       "B", [&](const std::shared_ptr<TNLBannerAd>&) { outcome.success()(nullptr); },
       outcome.failure());
-  ASSERT_TRUE(outcome.waitFor(1));
   EXPECT_EQ(outcome.settledCount(), 1u);
   ASSERT_EQ(outcome.errors.size(), 1u);
   ASSERT_NE(outcome.errors[0], nullptr);
@@ -147,7 +126,7 @@ TEST_F(AdClient, WhenEverySourceFailsTheFailureComesOnceWithCodeZero) {
   service.publishManifest({}, 0);
   Outcome empty;
   TNLAdClient().getAdForZone("B", false, false, empty.success(), empty.failure());
-  ASSERT_TRUE(empty.waitFor(1));
+  ASSERT_TRUE(empty.signal.waitFor());
   ASSERT_EQ(empty.errors.size(), 1u);
   EXPECT_EQ(empty.errors[0]->code(), 0);
 }
@@ -156,7 +135,7 @@ TEST_F(AdClient, AManifestFailureReachesTheCallerUnchangedAndNoSourceIsAsked) {
   TNLSetup::setManifestBaseURL("http://127.0.0.1:" + std::to_string(TNLTestServer::closedPort()));
   Outcome outcome;
   TNLAdClient().getAdForZone("Z", false, false, outcome.success(), outcome.failure());
-  ASSERT_TRUE(outcome.waitFor(1));
+  ASSERT_TRUE(outcome.signal.waitFor());
   ASSERT_EQ(outcome.errors.size(), 1u);
   EXPECT_EQ(outcome.errors[0]->domain(), TNLURLErrorDomain);
   EXPECT_EQ(outcome.errors[0]->code(), TNLURLError::CannotConnectToHost);
@@ -177,8 +156,7 @@ TEST_F(AdClient, AWrapperWhoseTargetIsNotXMLAdvancesTheListTwice) {
 
   Outcome outcome;
   TNLAdClient().getAdForZone("Z", false, false, outcome.success(), outcome.failure());
-  ASSERT_TRUE(outcome.waitFor(2));
-  EXPECT_EQ(outcome.settledCount(), 2u);
+  EXPECT_EQ(outcome.settledCount(2), 2u);
   EXPECT_EQ(service.queriesTo("/second").size(), 1u);
   EXPECT_EQ(service.queriesTo("/third").size(), 1u);
   ASSERT_EQ(outcome.ads.size(), 1u);

@@ -50,7 +50,7 @@ std::string evaluate(const std::shared_ptr<OMIDTarnelLightJSExecutor>& executor,
 }
 
 TEST(OMIDTarnelAdSession, ANativeSessionTalksToItsVerificationScriptsInTheScriptEngine) {
-  TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+  TNLTestDeviceFacts::install();
   TNLTestServer server;
   server.on("GET", "/verify.js",
             TNLTestServer::Response(200, "omidNative.setInterval(function () { ticks++; }, 10);",

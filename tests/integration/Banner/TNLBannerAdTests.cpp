@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <typeinfo>
 #include <vector>
@@ -13,15 +11,14 @@
 #include "Ads/TNLAdWebView.h"
 #include "AppVerificationLibrary/OMIDAdEvents.h"
 #include "AppVerificationLibrary/OMIDError.h"
-#include "Manifest/TNLManifestHandler.h"
 #include "Platform/Foundation/TNLJSON.h"
 #include "Platform/Foundation/TNLMainQueue.h"
-#include "Platform/Http/TNLHttpSession.h"
 #include "Platform/Toolkit/Headless/TNLHeadlessWebEngine.h"
 #include "TNLOMHandler.h"
 #include "TarnelAd/TarnelAd.h"
 #include "support/OMIDTestStatements.h"
 #include "support/TNLTestAdService.h"
+#include "support/TNLTestHosts.h"
 
 using namespace std::chrono_literals;
 using Response = TNLTestServer::Response;
@@ -30,45 +27,8 @@ using Target = TNLHeadlessWebEngine::Target;
 
 namespace {
 
-// Ads and pages answer after this delay, so that a tracker sent before a request has arrived
-// before the next one is sent (trackers travel on connections of their own).
-constexpr auto kContentDelay = 100ms;
+constexpr auto kContentDelay = TNLTestAdService::kContentDelay;
 constexpr char kBannerPage[] = "<html><body><script>/* banner */</script></body></html>";
-
-// The host's screen: banners sit in its view and it hears about them. Every callback is noted
-// with its thread, and the banner it names is kept.
-class BannerScreen : public TNLViewController, public TNLBannerAdDelegate {
- public:
-  void onBannerAdReadyForZone(const std::shared_ptr<TNLBannerAdView>& banner,
-                              const std::string& zone) override {
-    note("ready " + zone, banner);
-  }
-  void onBannerAdFailedForZone(const std::shared_ptr<TNLBannerAdView>& banner,
-                               const std::string& zone) override {
-    note("failed " + zone, banner);
-  }
-  void onBannerAdClosedForZone(const std::shared_ptr<TNLBannerAdView>& banner,
-                               const std::string& zone) override {
-    note("closed " + zone, banner);
-  }
-
-  bool waitForCalls(size_t count) const {
-    return TNLMainQueue::runUntil([&] { return calls.size() >= count; });
-  }
-
-  Calls calls;
-  std::vector<std::shared_ptr<TNLBannerAdView>> banners;
-
- private:
-  void note(const std::string& call, const std::shared_ptr<TNLBannerAdView>& banner) {
-    // Banner callbacks are promised on the main thread, so the lists need no lock.
-    const char* thread = TNLHttpSession::sharedSession()->isSessionThread() ? " @http"
-                         : TNLMainQueue::isMainThread()                     ? " @main"
-                                                                            : " @other";
-    calls.push_back(call + thread);
-    banners.push_back(banner);
-  }
-};
 
 // The statements sent to the creative itself, without the measurement SDK's commands.
 Calls creativeStatements(const std::shared_ptr<TNLWebView>& webView) {
@@ -104,25 +64,7 @@ class BannerAds : public ::testing::Test {
           .after(kContentDelay);
     });
     service.publishManifest({{0, "/ads"}});
-    warmUp();
-  }
-
-  // Fetches the manifest first, as an earlier load would have, so that trackers can be sent
-  // from the first load on.
-  void warmUp() {
-    std::mutex mutex;
-    std::condition_variable changed;
-    bool done = false;
-    TNLManifestHandler::retrieveManifestWithSuccess(
-        [&](const auto&) {
-          std::lock_guard lock(mutex);
-          done = true;
-          changed.notify_all();
-        },
-        [](const auto&) {});
-    std::unique_lock lock(mutex);
-    ASSERT_TRUE(changed.wait_for(lock, 10s, [&] { return done; }));
-    ASSERT_TRUE(service.waitForEvents(1));
+    ASSERT_TRUE(service.preloadManifest());
   }
 
   std::shared_ptr<TNLBannerAdView> placedBanner() {
@@ -155,14 +97,14 @@ class BannerAds : public ::testing::Test {
   TNLTestAdService service;
   TNLTestServer& server = service.server;
   std::shared_ptr<TNLWindow> window = TNLWindow::create();
-  std::shared_ptr<BannerScreen> screen = std::make_shared<BannerScreen>();
+  std::shared_ptr<TNLTestBannerHost> screen = std::make_shared<TNLTestBannerHost>();
 };
 
 TEST_F(BannerAds, ABannerLoadsIntoItsWebViewAndTheZoneIsThenAnsweredFromTheCache) {
   const auto banner = placedBanner();
   banner->loadAdForZone("B");
   ASSERT_TRUE(screen->waitForCalls(1));
-  EXPECT_EQ(screen->calls, Calls{"ready B @main"});
+  EXPECT_EQ(screen->calls(), Calls{"ready B @main"});
   EXPECT_EQ(screen->banners[0], banner);
   EXPECT_EQ(service.queriesTo("/ads"), Calls{"z=B&p=3"});
 
@@ -188,9 +130,9 @@ TEST_F(BannerAds, ABannerLoadsIntoItsWebViewAndTheZoneIsThenAnsweredFromTheCache
   const auto again = placedBanner();
   const size_t requestsBefore = server.requestsTo("/ads").size();
   again->loadAdForZone("B");
-  EXPECT_EQ(screen->calls.size(), 1u);
+  EXPECT_EQ(screen->calls().size(), 1u);
   ASSERT_TRUE(screen->waitForCalls(2));
-  EXPECT_EQ(screen->calls[1], "ready B @main");
+  EXPECT_EQ(screen->calls()[1], "ready B @main");
   EXPECT_EQ(screen->banners[1], again);
   ASSERT_TRUE(
       TNLMainQueue::runUntil([&] { return again->loadedWebView()->loadedAd() != nullptr; }));
@@ -215,14 +157,14 @@ TEST_F(BannerAds, FailuresAreReportedAndLeaveTheCacheAsItWas) {
   // The page breaks off: the ad was returned, but nothing is kept.
   banner->loadAdForZone("D");
   ASSERT_TRUE(screen->waitForCalls(2));
-  EXPECT_EQ(screen->calls[1], "failed D @main");
+  EXPECT_EQ(screen->calls()[1], "failed D @main");
   ASSERT_TRUE(service.waitForEvents(6));
   EXPECT_EQ(sortedEventsFrom(4), sorted({TNL_ADREQUESTED_TRACKER, TNL_ADUNAVAILABLE_TRACKER}));
 
   // No demand source has an ad.
   banner->loadAdForZone("N");
   ASSERT_TRUE(screen->waitForCalls(3));
-  EXPECT_EQ(screen->calls[2], "failed N @main");
+  EXPECT_EQ(screen->calls()[2], "failed N @main");
   ASSERT_TRUE(service.waitForEvents(8));
 
   const auto ads = TNLBannerAdHandler::sharedHandler()->loadedAds();
@@ -238,7 +180,7 @@ TEST_F(BannerAds, FailuresAreReportedAndLeaveTheCacheAsItWas) {
   TNLBannerAdHandler::sharedHandler()->setLoadedAds(entries);
   banner->loadAdForZone("S");
   ASSERT_TRUE(screen->waitForCalls(4));
-  EXPECT_EQ(screen->calls[3], "ready S @main");
+  EXPECT_EQ(screen->calls()[3], "ready S @main");
   EXPECT_EQ(service.queriesTo("/ads").back(), "z=S&p=3");
   const auto replaced = cached("S");
   ASSERT_NE(replaced, nullptr);
@@ -292,7 +234,7 @@ TEST_F(BannerAds, AnOptedInCreativeIsMeasuredSeenAndClosesItsBanner) {
   EXPECT_EQ(banner->loadedWebView(), nullptr);
   EXPECT_EQ(banner->superview(), nullptr);
   ASSERT_TRUE(screen->waitForCalls(2));
-  EXPECT_EQ(screen->calls[1], "closed B @main");
+  EXPECT_EQ(screen->calls()[1], "closed B @main");
   EXPECT_EQ(screen->banners[1], banner);
   ASSERT_TRUE(OMIDTestStatements::waitFor(webView, "finishSession"));
   ASSERT_TRUE(service.waitForEvents(5));

@@ -1,17 +1,18 @@
 #include <gtest/gtest.h>
 
-#include <condition_variable>
 #include <mutex>
 
 #include "Ads/BannerAds/TNLBannerAd.h"
 #include "Ads/FullScreenAds/TNLFSAd.h"
 #include "Ads/Macros/TNLMacros.h"
 #include "Ads/TNLAdClient.h"
+#include "Platform/Foundation/TNLMainQueue.h"
 #include "TNLDemoAdServer.h"
 #include "TNLNetworkClient.h"
 #include "TarnelAd/TNLConstants.h"
 #include "TarnelAd/TNLSetup.h"
 #include "support/TNLTestDeviceFacts.h"
+#include "support/TNLTestSignal.h"
 
 using namespace std::chrono_literals;
 
@@ -19,22 +20,13 @@ namespace {
 
 template <class T>
 struct Result {
-  std::mutex mutex;
-  std::condition_variable done;
+  TNLTestSignal signal;
   std::shared_ptr<T> value;
-  TNLErrorPtr error;
-  bool finished = false;
-
-  void set(std::shared_ptr<T> v, TNLErrorPtr e) {
-    std::lock_guard lock(mutex);
-    value = std::move(v);
-    error = std::move(e);
-    finished = true;
-    done.notify_all();
+  auto success() {
+    return [this](const std::shared_ptr<T>& v) { signal.record([&] { value = v; }); };
   }
-  bool wait() {
-    std::unique_lock lock(mutex);
-    return done.wait_for(lock, 10s, [&] { return finished; });
+  auto failure() {
+    return [this](const TNLErrorPtr&) { signal.record(); };
   }
 };
 
@@ -42,16 +34,14 @@ class DemoAdServer : public ::testing::Test {
  protected:
   void SetUp() override {
     TNLSetup::setManifestBaseURL(server.baseURL());
-    TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+    TNLTestDeviceFacts::install();
     TNLMacros::setValueInMacroDictionary("demo-app", TNL_APPID_MACRO);
   }
 
   std::shared_ptr<TNLFSAd> fullScreenAd(bool rewarded) {
     Result<TNLFSAd> result;
-    TNLAdClient().getFSAdForZone(
-        "level-end", rewarded, [&](const auto& ad) { result.set(ad, nullptr); },
-        [&](const auto& error) { result.set(nullptr, error); });
-    EXPECT_TRUE(result.wait());
+    TNLAdClient().getFSAdForZone("level-end", rewarded, result.success(), result.failure());
+    EXPECT_TRUE(result.signal.waitFor());
     return result.value;
   }
 
@@ -85,19 +75,14 @@ TEST_F(DemoAdServer, RewardedAdsAreVideoThroughTwoWrappersOnTheTemplatePage) {
   EXPECT_EQ(ad->xml().find('\n'), std::string::npos);
 
   // The template page carries every placeholder that the library fills.
-  std::mutex mutex;
-  std::condition_variable done;
+  TNLTestSignal fetched;
   std::optional<std::string> page;
   TNLNetworkClient::makeHTMLRequestWithURL(
       *ad->creativeTag(), GET_METHOD,
-      [&](const std::optional<std::string>& text) {
-        std::lock_guard lock(mutex);
-        page = text.value_or("");
-        done.notify_all();
-      },
+      [&](const std::optional<std::string>& text) { fetched.record([&] { page = text; }); },
       [](const TNLErrorPtr&) {});
-  std::unique_lock lock(mutex);
-  ASSERT_TRUE(done.wait_for(lock, 10s, [&] { return page.has_value(); }));
+  ASSERT_TRUE(fetched.waitFor());
+  ASSERT_TRUE(page.has_value());
   for (const char* placeholder : {"^#xml_doc#^", "^#zone#^", "^#site#^", "^#video#^"}) {
     EXPECT_NE(page->find(placeholder), std::string::npos) << placeholder;
   }
@@ -105,22 +90,14 @@ TEST_F(DemoAdServer, RewardedAdsAreVideoThroughTwoWrappersOnTheTemplatePage) {
 
 TEST_F(DemoAdServer, BannersAreHTMLAndTheManifestLoadIsMonitored) {
   Result<TNLBannerAd> result;
-  TNLAdClient().getBannerAdForZone(
-      "home", [&](const auto& ad) { result.set(ad, nullptr); },
-      [&](const auto& error) { result.set(nullptr, error); });
-  ASSERT_TRUE(result.wait());
+  TNLAdClient().getBannerAdForZone("home", result.success(), result.failure());
+  ASSERT_TRUE(result.signal.waitFor());
   ASSERT_NE(result.value, nullptr);
   EXPECT_EQ(result.value->creativeTag(), server.baseURL() + "/creatives/banner.html");
-
-  for (int i = 0; i < 200; ++i) {
-    {
-      std::lock_guard lock(eventsMutex);
-      if (!events.empty()) {
-        break;
-      }
-    }
-    std::this_thread::sleep_for(10ms);
-  }
+  EXPECT_TRUE(TNLMainQueue::runUntil([&] {
+    std::lock_guard lock(eventsMutex);
+    return !events.empty();
+  }));
   std::lock_guard lock(eventsMutex);
   EXPECT_EQ(events, (std::vector<std::string>{"OnManifestLoaded"}));
 }

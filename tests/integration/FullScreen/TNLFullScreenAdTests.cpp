@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <condition_variable>
+#include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -11,16 +9,16 @@
 #include "Ads/FullScreenAds/TNLFSAdHandler.h"
 #include "Ads/FullScreenAds/TNLFSAdViewController.h"
 #include "Ads/TNLAdWebView.h"
-#include "Manifest/TNLManifestHandler.h"
 #include "Platform/Foundation/TNLJSON.h"
 #include "Platform/Foundation/TNLMainQueue.h"
 #include "Platform/Foundation/TNLStrings.h"
-#include "Platform/Http/TNLHttpSession.h"
 #include "Platform/Toolkit/Headless/TNLHeadlessWebEngine.h"
 #include "TNLOMHandler.h"
 #include "TarnelAd/TarnelAd.h"
+#include "support/OMIDTestStatements.h"
 #include "support/TNLLogCapture.h"
 #include "support/TNLTestAdService.h"
+#include "support/TNLTestHosts.h"
 
 using namespace std::chrono_literals;
 using Response = TNLTestServer::Response;
@@ -29,11 +27,7 @@ using Target = TNLHeadlessWebEngine::Target;
 
 namespace {
 
-// Trackers are sent and forgotten, each on a connection of its own, so two sent close together
-// may reach the endpoint in either order. Ads and pages answer after this delay, so that the event
-// sent before a request has arrived when the next one is sent.
-constexpr auto kContentDelay = 100ms;
-
+constexpr auto kContentDelay = TNLTestAdService::kContentDelay;
 constexpr char kCreativePage[] = "<html><body><script>/* creative */</script></body></html>";
 constexpr char kInterstitialLine[] =
     "Need to set delegate for TNLInterstitialAd using + (void)setInterstitialAdDelegate:"
@@ -43,61 +37,6 @@ constexpr char kRewardedLine[] =
     "Need to set delegate for TNLRewardedAd using + (void)setRewardedAdDelegate:"
     "(UIViewController<TNLRewardedAdDelegate> *)delegate appID:(NSString *)appID before loading "
     "ad!";
-
-// The host application's screen: the view controller ads are presented from, and the delegate
-// of both ad types. Every callback is noted with the thread it came on.
-class GameScreen : public TNLViewController,
-                   public TNLInterstitialAdDelegate,
-                   public TNLRewardedAdDelegate {
- public:
-  void onInterstitialAdReadyForZone(const std::string& zone) override {
-    note("interstitial ready " + zone);
-  }
-  void onInterstitialAdFailedForZone(const std::string& zone) override {
-    note("interstitial failed " + zone);
-  }
-  void onInterstitialAdClosedForZone(const std::string& zone) override {
-    note("interstitial closed " + zone);
-  }
-  void onRewardedAdReadyForZone(const std::string& zone) override {
-    note("rewarded ready " + zone);
-  }
-  void onRewardedAdFailedForZone(const std::string& zone) override {
-    note("rewarded failed " + zone);
-  }
-  void onRewardedAdClosedForZone(const std::string& zone) override {
-    note("rewarded closed " + zone);
-  }
-  void onRewardedAdRewardedForZone(const std::string& zone) override {
-    note("rewarded reward " + zone);
-  }
-  void viewDidAppear(bool) override { ++appeared; }
-  void viewDidDisappear(bool) override { ++disappeared; }
-
-  Calls calls() const {
-    std::lock_guard lock(mutex_);
-    return calls_;
-  }
-  // Runs the main loop until `count` callbacks have come.
-  bool waitForCalls(size_t count) const {
-    return TNLMainQueue::runUntil([&] { return calls().size() >= count; });
-  }
-
-  int appeared = 0;
-  int disappeared = 0;
-
- private:
-  void note(const std::string& call) {
-    const char* thread = TNLHttpSession::sharedSession()->isSessionThread() ? " @http"
-                         : TNLMainQueue::isMainThread()                     ? " @main"
-                                                                            : " @other";
-    std::lock_guard lock(mutex_);
-    calls_.push_back(call + thread);
-  }
-
-  mutable std::mutex mutex_;
-  Calls calls_;
-};
 
 class FullScreenAds : public ::testing::Test {
  protected:
@@ -116,23 +55,7 @@ class FullScreenAds : public ::testing::Test {
                                {"payload", {{"level", 3}}}});
   }
 
-  // Fetches the manifest before the first load, as an earlier load in the session would have,
-  // so that the trackers are set up when the load starts.
-  void warmUp() {
-    std::mutex mutex;
-    std::condition_variable changed;
-    bool done = false;
-    TNLManifestHandler::retrieveManifestWithSuccess(
-        [&](const auto&) {
-          std::lock_guard lock(mutex);
-          done = true;
-          changed.notify_all();
-        },
-        [](const auto&) {});
-    std::unique_lock lock(mutex);
-    ASSERT_TRUE(changed.wait_for(lock, 10s, [&] { return done; }));
-    ASSERT_TRUE(service.waitForEvents(1));
-  }
+  void warmUp() { ASSERT_TRUE(service.preloadManifest()); }
 
   std::shared_ptr<TNLFSAd> stored(const std::string& zone) const {
     const auto ads = TNLFSAdHandler::sharedHandler()->loadedAds();
@@ -141,32 +64,41 @@ class FullScreenAds : public ::testing::Test {
   }
 
   // Waits until the shown ad covers the screen and its page is loaded; returns its web view.
-  std::shared_ptr<TNLAdWebView> waitForShownAd(int presentations = 1) {
+  std::shared_ptr<TNLAdWebView> waitForShownAd() {
     std::shared_ptr<TNLAdWebView> webView;
     EXPECT_TRUE(TNLMainQueue::runUntil([&] {
       const auto controller =
           std::dynamic_pointer_cast<TNLFSAdViewController>(screen->presentedViewController());
       webView = controller ? controller->loadedWebView() : nullptr;
-      return screen->disappeared == presentations && webView && webView->loadedAd();
+      return screen->disappeared == 1 && webView && webView->loadedAd();
     }));
     return webView;
   }
 
-  // Plays the creative of the shown ad: its page loads, it grants the reward and closes. Checks
-  // what the page received and that the zone is forgotten.
-  void playCreative(const std::shared_ptr<TNLAdWebView>& webView, const std::string& zone) {
+  // Shows the loaded ad of the zone and plays its creative: the page, at the ad's creative tag,
+  // loads and hears the library, grants the reward and closes. The zone is then forgotten.
+  void showAndPlay(const std::string& zone, const std::function<void()>& show) {
+    const auto ad = stored(zone);
+    ASSERT_NE(ad, nullptr);
+    ASSERT_TRUE(service.waitForEvents(4));
+    show();
+    ASSERT_TRUE(service.waitForEvents(5));
+    const auto webView = waitForShownAd();
+    ASSERT_NE(webView, nullptr);
+    EXPECT_EQ(webView->loadedAd(), ad);
     const auto engine = TNLHeadlessWebEngine::of(webView);
+    EXPECT_EQ(engine->html(), ad->html());
+    EXPECT_EQ(engine->baseURL(), ad->creativeTag());
+
     ASSERT_EQ(engine->playPageLoad(), TNLNavigationActionPolicy::allow);
-    const std::string payload = TNLJSON::serialize(webView->loadedAd()->fullAd(), true);
+    const std::string payload = TNLJSON::serialize(ad->fullAd(), true);
     EXPECT_EQ(engine->evaluatedStatements(),
               (Calls{"ZENKO.isAdVisible(true)", "receivePayload(" + payload + ")",
                      "ZENKO.setVolume(1.000000)"}));
-
     EXPECT_EQ(engine->deliverNavigationAction("bridge://reward", Target::mainFrame),
               TNLNavigationActionPolicy::cancel);
     ASSERT_TRUE(service.waitForEvents(6));
     EXPECT_NE(stored(zone), nullptr) << "kept until closed";
-
     const int appearedBefore = screen->appeared;
     engine->deliverNavigationAction("bridge://close", Target::mainFrame);
     EXPECT_EQ(stored(zone), nullptr);
@@ -180,15 +112,11 @@ class FullScreenAds : public ::testing::Test {
             TNL_ADREADY_TRACKER,        TNL_ADSHOWING_TRACKER,   TNL_ADREWARDED_TRACKER,
             TNL_ADCLOSED_TRACKER};
   }
-  static Calls firstEvents(size_t count) {
-    const Calls all = lifecycle();
-    return Calls(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(count));
-  }
 
   TNLTestAdService service;
   TNLTestServer& server = service.server;
   std::shared_ptr<TNLWindow> window = TNLWindow::create();
-  std::shared_ptr<GameScreen> screen = std::make_shared<GameScreen>();
+  std::shared_ptr<TNLTestFullScreenHost> screen = std::make_shared<TNLTestFullScreenHost>();
 };
 
 TEST_F(FullScreenAds, ARewardedAdFromTheDemandSourcesRunsFromLoadToClose) {
@@ -199,28 +127,13 @@ TEST_F(FullScreenAds, ARewardedAdFromTheDemandSourcesRunsFromLoadToClose) {
   TNLRewardedAd::setRewardedAdDelegate(screen, "APP1");
   TNLRewardedAd::loadRewardedAdForZone("Z");
   ASSERT_TRUE(screen->waitForCalls(1));
-  EXPECT_EQ(screen->calls(), Calls{"rewarded ready Z @http"});
   EXPECT_EQ(service.queriesTo("/ads"), Calls{"z=Z&p=2"});
-  ASSERT_TRUE(service.waitForEvents(4));
-  EXPECT_EQ(service.events(), firstEvents(4));
+  ASSERT_NE(stored("Z"), nullptr);
+  EXPECT_TRUE(stored("Z")->rewarded());
+  EXPECT_EQ(stored("Z")->html(), kCreativePage);
+  EXPECT_EQ(stored("Z")->creativeTag(), server.url("/creative.html"));
 
-  const auto ad = stored("Z");
-  ASSERT_NE(ad, nullptr);
-  EXPECT_TRUE(ad->rewarded());
-  EXPECT_EQ(ad->zone(), "Z");
-  EXPECT_EQ(ad->html(), kCreativePage);
-  EXPECT_EQ(ad->fullAd()["sdkName"], "Tarnel-1.0");
-
-  TNLRewardedAd::showRewardedAdForZone("Z");
-  ASSERT_TRUE(service.waitForEvents(5));
-  const auto webView = waitForShownAd();
-  ASSERT_NE(webView, nullptr);
-  EXPECT_EQ(webView->loadedAd(), ad);
-  const auto engine = TNLHeadlessWebEngine::of(webView);
-  EXPECT_EQ(engine->html(), kCreativePage);
-  EXPECT_EQ(engine->baseURL(), server.url("/creative.html"));
-
-  playCreative(webView, "Z");
+  showAndPlay("Z", [] { TNLRewardedAd::showRewardedAdForZone("Z"); });
   EXPECT_EQ(screen->calls(), (Calls{"rewarded ready Z @http", "rewarded reward Z @main",
                                     "rewarded closed Z @main"}));
   EXPECT_EQ(service.events(), lifecycle());
@@ -233,23 +146,14 @@ TEST_F(FullScreenAds, HostMarkupTakesThePlaceOfTheDemandSources) {
   TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
   TNLInterstitialAd::loadInterstitialAdForZone("M", adJSON());
   ASSERT_TRUE(screen->waitForCalls(1));
-  EXPECT_EQ(screen->calls(), Calls{"interstitial ready M @http"});
   EXPECT_TRUE(service.queriesTo("/ads").empty());
-  const auto ad = stored("M");
-  ASSERT_NE(ad, nullptr);
-  EXPECT_FALSE(ad->rewarded());
-  EXPECT_EQ(ad->adCopy()["brandName"], "Acme");
-  ASSERT_TRUE(service.waitForEvents(4));
-
-  TNLInterstitialAd::showInterstitialAdForZone("M");
-  ASSERT_TRUE(service.waitForEvents(5));
-  const auto webView = waitForShownAd();
-  ASSERT_NE(webView, nullptr);
-  EXPECT_EQ(TNLHeadlessWebEngine::of(webView)->baseURL(), server.url("/creative.html"));
+  ASSERT_NE(stored("M"), nullptr);
+  EXPECT_FALSE(stored("M")->rewarded());
+  EXPECT_EQ(stored("M")->creativeTag(), server.url("/creative.html"));
 
   // An interstitial's creative may still grant a reward: the event is sent, and only a rewarded
   // delegate would hear of it.
-  playCreative(webView, "M");
+  showAndPlay("M", [] { TNLInterstitialAd::showInterstitialAdForZone("M"); });
   EXPECT_EQ(screen->calls(), (Calls{"interstitial ready M @http", "interstitial closed M @main"}));
   // Markup needs no request, so "OnAdRequested" and "OnAdReturned" leave together and the
   // endpoint may take either first.
@@ -282,29 +186,19 @@ TEST_F(FullScreenAds, AVASTAdPlaysInTheTemplateWithItsDocumentAndMediaFile) {
   TNLRewardedAd::setRewardedAdDelegate(screen, "APP1");
   TNLRewardedAd::loadRewardedAdForZone("V");
   ASSERT_TRUE(screen->waitForCalls(1));
-  EXPECT_EQ(screen->calls(), Calls{"rewarded ready V @http"});
   const auto ad = stored("V");
   ASSERT_NE(ad, nullptr);
   ASSERT_TRUE(ad->isVast());
+  EXPECT_EQ(ad->creativeTag(), server.url(TNLTestAdService::kTemplatePath));
   ASSERT_NE(ad->xml().find("<VAST"), std::string::npos);
   EXPECT_EQ(ad->html(), "<html><script>var doc = `" + ad->xml() +
                             "`; var where = 'zone/site';</script><video "
                             "src=\"http://127.0.0.1/v.mp4\"></video><!-- zone site --></html>");
-  ASSERT_TRUE(service.waitForEvents(4));
-  EXPECT_EQ(service.events(), firstEvents(4));
-
-  TNLRewardedAd::showRewardedAdForZone("V");
-  ASSERT_TRUE(service.waitForEvents(5));
-  const auto webView = waitForShownAd();
-  ASSERT_NE(webView, nullptr);
-  const auto engine = TNLHeadlessWebEngine::of(webView);
-  EXPECT_EQ(engine->html(), ad->html());
-  EXPECT_EQ(engine->baseURL(), server.url(TNLTestAdService::kTemplatePath));
   // A VAST ad's complete record holds only the SDK variables.
   ASSERT_EQ(ad->fullAd().size(), 1u);
   EXPECT_EQ(ad->fullAd()["sdkVars"]["app_id"], "APP1");
 
-  playCreative(webView, "V");
+  showAndPlay("V", [] { TNLRewardedAd::showRewardedAdForZone("V"); });
   EXPECT_EQ(screen->calls(), (Calls{"rewarded ready V @http", "rewarded reward V @main",
                                     "rewarded closed V @main"}));
   EXPECT_EQ(service.events(), lifecycle());
@@ -454,16 +348,6 @@ TEST_F(FullScreenAds, ShowingTwiceBeforeACloseShowsTheSameAdAgain) {
   EXPECT_EQ(screen->calls().back(), "interstitial failed Z @main");
 }
 
-}  // namespace
-
-namespace {
-
-size_t countContaining(const Calls& statements, const std::string& part) {
-  return static_cast<size_t>(
-      std::count_if(statements.begin(), statements.end(),
-                    [&](const auto& s) { return s.find(part) != std::string::npos; }));
-}
-
 TEST_F(FullScreenAds, ACreativeThatOptsInIsMeasuredUntilItCloses) {
   service.publishManifest({{0, "/ads"}});
   warmUp();
@@ -476,26 +360,20 @@ TEST_F(FullScreenAds, ACreativeThatOptsInIsMeasuredUntilItCloses) {
   const auto engine = TNLHeadlessWebEngine::of(webView);
   ASSERT_EQ(engine->playPageLoad(), TNLNavigationActionPolicy::allow);
 
-  // The opt-in opens one session, whose commands reach the creative's page; a second opt-in
-  // opens no other.
+  // Two opt-ins open one session, whose commands reach the creative's page.
   engine->deliverNavigationAction("bridge://optin?display", Target::mainFrame);
   engine->deliverNavigationAction("bridge://optin?display", Target::mainFrame);
-  ASSERT_TRUE(TNLMainQueue::runUntil([&] {
-    return countContaining(engine->evaluatedStatements(), "omidBridge.startSession(") == 1;
-  }));
+  ASSERT_TRUE(OMIDTestStatements::waitFor(webView, "startSession"));
   TNLMainQueue::runFor(50ms);
-  const Calls statements = engine->evaluatedStatements();
-  EXPECT_EQ(countContaining(statements, "omidBridge.init("), 1u);
-  EXPECT_EQ(countContaining(statements, "omidBridge.startSession("), 1u);
+  EXPECT_EQ(OMIDTestStatements::count(webView, "init"), 1u);
+  EXPECT_EQ(OMIDTestStatements::count(webView, "startSession"), 1u);
   EXPECT_EQ(TNLOMHandler::sharedHandler()->omidSessions().count(webView->address()), 1u);
   // The impression went out when the bridge opened, before the session existed: nothing to say.
-  EXPECT_EQ(countContaining(statements, "publishImpressionEvent"), 0u);
+  EXPECT_EQ(OMIDTestStatements::count(webView, "publishImpressionEvent"), 0u);
 
   // Closing finishes the session at once and forgets it a second later.
   engine->deliverNavigationAction("bridge://close", Target::mainFrame);
-  ASSERT_TRUE(TNLMainQueue::runUntil([&] {
-    return countContaining(engine->evaluatedStatements(), "omidBridge.finishSession(") == 1;
-  }));
+  ASSERT_TRUE(OMIDTestStatements::waitFor(webView, "finishSession"));
   EXPECT_EQ(TNLOMHandler::sharedHandler()->omidSessions().count(webView->address()), 1u);
   ASSERT_TRUE(TNLMainQueue::runUntil(
       [&] { return TNLOMHandler::sharedHandler()->omidSessions().empty(); }, 3s));

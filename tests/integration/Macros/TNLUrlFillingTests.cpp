@@ -30,7 +30,7 @@ std::string queryAsReceived(TNLTestServer& server, const std::string& path,
 }
 
 TEST(TNLUrlFilling, FilledUrlsReachTheServerExactlyAsEncoded) {
-  TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+  TNLTestDeviceFacts::install();
   TNLTestServer server;
 
   const TNLMacroDict rewarded{{TNL_ZONE_MACRO, "Z1"}, {TNL_PRODUCT_MACRO, "2"}};

@@ -1,14 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <condition_variable>
-#include <mutex>
+#include <thread>
 
 #include "Platform/Foundation/TNLMainQueue.h"
 #include "Platform/Http/TNLHttpSession.h"
 #include "TNLNetworkClient.h"
 #include "TarnelAd/TNLConstants.h"
 #include "support/TNLTestServer.h"
+#include "support/TNLTestSignal.h"
 
 using namespace std::chrono_literals;
 
@@ -16,8 +15,7 @@ namespace {
 
 // Records what one request's callbacks delivered, and where.
 struct Outcome {
-  std::mutex mutex;
-  std::condition_variable changed;
+  TNLTestSignal signal;
   int successes = 0;
   int failures = 0;
   bool onSessionThread = true;
@@ -27,65 +25,44 @@ struct Outcome {
   std::string bytes;
   TNLErrorPtr error;
 
-  void record(bool success) {
-    std::lock_guard lock(mutex);
-    (success ? successes : failures)++;
-    onSessionThread = onSessionThread && TNLHttpSession::sharedSession()->isSessionThread();
-    onMainThread = onMainThread || TNLMainQueue::isMainThread();
-    changed.notify_all();
+  // A success callback that stores its value in `field`.
+  template <class Value>
+  auto into(Value Outcome::*field) {
+    return [this, field](const Value& value) { note(true, [&] { this->*field = value; }); };
   }
-  bool wait(std::chrono::milliseconds timeout = 10s) {
-    std::unique_lock lock(mutex);
-    return changed.wait_for(lock, timeout, [&] { return successes + failures > 0; });
+  auto failure() {
+    return [this](const TNLErrorPtr& e) { note(false, [&] { error = e; }); };
   }
-  // Lets a duplicate callback arrive before it is counted.
+  // Lets a duplicate callback arrive, then checks there was one, on the session thread.
   void settle() {
+    ASSERT_TRUE(signal.waitFor());
     std::this_thread::sleep_for(50ms);
-    std::lock_guard lock(mutex);
-    EXPECT_EQ(successes + failures, 1) << "exactly one callback";
+    EXPECT_EQ(signal.count(), 1u) << "exactly one callback";
     EXPECT_TRUE(onSessionThread);
     EXPECT_FALSE(onMainThread);
+  }
+
+ private:
+  template <class Store>
+  void note(bool success, Store store) {
+    signal.record([&] {
+      store();
+      (success ? successes : failures)++;
+      onSessionThread = onSessionThread && TNLHttpSession::sharedSession()->isSessionThread();
+      onMainThread = onMainThread || TNLMainQueue::isMainThread();
+    });
   }
 };
 
 void json(const std::string& url, Outcome& o, std::optional<std::string> body = std::nullopt,
           const std::string& method = GET_METHOD) {
-  TNLNetworkClient::makeJSONRequestWithURL(
-      url, method, body,
-      [&](const TNLJson& value) {
-        o.json = value;
-        o.record(true);
-      },
-      [&](const TNLErrorPtr& error) {
-        o.error = error;
-        o.record(false);
-      });
+  TNLNetworkClient::makeJSONRequestWithURL(url, method, body, o.into(&Outcome::json), o.failure());
 }
-
 void html(const std::string& url, Outcome& o) {
-  TNLNetworkClient::makeHTMLRequestWithURL(
-      url, GET_METHOD,
-      [&](const std::optional<std::string>& text) {
-        o.text = text;
-        o.record(true);
-      },
-      [&](const TNLErrorPtr& error) {
-        o.error = error;
-        o.record(false);
-      });
+  TNLNetworkClient::makeHTMLRequestWithURL(url, GET_METHOD, o.into(&Outcome::text), o.failure());
 }
-
 void raw(const std::string& url, Outcome& o) {
-  TNLNetworkClient::makeURLRequestWithURL(
-      url, GET_METHOD,
-      [&](const std::string& bytes) {
-        o.bytes = bytes;
-        o.record(true);
-      },
-      [&](const TNLErrorPtr& error) {
-        o.error = error;
-        o.record(false);
-      });
+  TNLNetworkClient::makeURLRequestWithURL(url, GET_METHOD, o.into(&Outcome::bytes), o.failure());
 }
 
 TEST(TNLNetworkClient, JSONShapeAcceptsOnlyObjects) {
@@ -101,7 +78,6 @@ TEST(TNLNetworkClient, JSONShapeAcceptsOnlyObjects) {
   json(server.url("/text"), text);
   json(server.url("/missing"), missing);
   for (Outcome* o : {&object, &array, &text, &missing}) {
-    ASSERT_TRUE(o->wait());
     o->settle();
   }
   EXPECT_EQ(object.json["ttl"], 5);
@@ -125,7 +101,6 @@ TEST(TNLNetworkClient, HTMLAndRawShapesIgnoreTheStatus) {
   html(server.url("/empty"), empty);
   html(server.url("/latin1"), latin1);
   for (Outcome* o : {&notFoundHtml, &notFoundRaw, &empty, &latin1}) {
-    ASSERT_TRUE(o->wait());
     o->settle();
   }
   EXPECT_EQ(notFoundHtml.text, "<p>not found</p>");
@@ -141,9 +116,9 @@ TEST(TNLNetworkClient, RequestsCarryOnlyMethodAndBody) {
   server.on("POST", "/m", TNLTestServer::Response::json("{}"));
   Outcome withBody, withoutBody;
   json(server.url("/m"), withBody, std::string(R"({"k": "v"})"), POST_METHOD);
-  ASSERT_TRUE(withBody.wait());
+  ASSERT_TRUE(withBody.signal.waitFor());
   json(server.url("/m"), withoutBody, std::nullopt, POST_METHOD);
-  ASSERT_TRUE(withoutBody.wait());
+  ASSERT_TRUE(withoutBody.signal.waitFor());
 
   const auto requests = server.requestsTo("/m");
   ASSERT_EQ(requests.size(), 2u);
@@ -167,7 +142,6 @@ TEST(TNLNetworkClient, TransportFailuresAreURLErrors) {
   raw("http://exa mple.com/", badURL);
   raw("ftp://127.0.0.1/file", badScheme);
   for (Outcome* o : {&refused, &dropped, &badURL, &badScheme}) {
-    ASSERT_TRUE(o->wait());
     o->settle();
     ASSERT_NE(o->error, nullptr);
     EXPECT_EQ(o->error->domain(), TNLURLErrorDomain);
@@ -184,7 +158,7 @@ TEST(TNLNetworkClient, AServerThatNeverAnswersTimesOut) {
   server.on("GET", "/silent", TNLTestServer::Response::silent());
   Outcome silent;
   html(server.url("/silent"), silent);
-  ASSERT_TRUE(silent.wait(15s));
+  ASSERT_TRUE(silent.signal.waitFor(1, 15s));
   silent.settle();
   ASSERT_NE(silent.error, nullptr);
   EXPECT_EQ(silent.error->code(), TNLURLError::TimedOut);

@@ -13,14 +13,8 @@
 
 namespace {
 
-std::shared_ptr<TNLTestDeviceFacts> installFacts() {
-  auto facts = std::make_shared<TNLTestDeviceFacts>();
-  TNLSetup::setDeviceFacts(facts);
-  return facts;
-}
-
 TEST(TNLAdFactory, JSONRecordKeepsEveryMemberAndAddsTheSDKVariables) {
-  installFacts();
+  TNLTestDeviceFacts::install();
   const auto ad = TNLAdFactory::generateAdFromDictionary(TNLJSON::parse(
       R"({"creative_tag": "http://a/c.html", "copy": {"brandName": "B"}, "extra": [1],
           "sdkName": "theirs", "sdkVars": 5})"));
@@ -46,7 +40,7 @@ TEST(TNLAdFactory, JSONRecordKeepsEveryMemberAndAddsTheSDKVariables) {
 }
 
 TEST(TNLAdFactory, ConnectionTypeRefreshShowsInTheNextAd) {
-  const auto facts = installFacts();
+  const auto facts = TNLTestDeviceFacts::install();
   TNLMacros::sharedMacros();  // built while on Wi-Fi
   facts->update(
       [](auto& v) { v.flags = TNLDeviceFacts::kFlagReachable | TNLDeviceFacts::kFlagIsWWAN; });
@@ -57,7 +51,7 @@ TEST(TNLAdFactory, ConnectionTypeRefreshShowsInTheNextAd) {
 }
 
 TEST(TNLAdFactory, BlankOrMissingCreativeTagsAreNotValid) {
-  installFacts();
+  TNLTestDeviceFacts::install();
   for (const char* body : {R"({"creative_tag": " \n\t "})", R"({"creative_tag": ""})", "{}",
                            R"({"creative_tag": null})"}) {
     const auto ad = TNLAdFactory::generateAdFromDictionary(TNLJSON::parse(body));
@@ -67,7 +61,7 @@ TEST(TNLAdFactory, BlankOrMissingCreativeTagsAreNotValid) {
 }
 
 TEST(TNLAdFactory, VASTAdCarriesTheTemplateDocumentAndMediaFile) {
-  installFacts();
+  TNLTestDeviceFacts::install();
   const auto ad =
       TNLAdFactory::generateVASTAdFromXML("<VAST/>", "http://m/v.mp4", "http://t/page.html");
   ASSERT_NE(ad, nullptr);
@@ -84,7 +78,7 @@ TEST(TNLAdFactory, VASTAdCarriesTheTemplateDocumentAndMediaFile) {
 }
 
 TEST(TNLAdFactory, ARecordThatIsNotAnObjectGivesNoAdAndIsLogged) {
-  installFacts();
+  TNLTestDeviceFacts::install();
   TNLLogCapture capture;
   TNLLog::sharedLogger()->setShowLogs(true);
   EXPECT_EQ(TNLAdFactory::generateAdFromDictionary(TNLJson::array()), nullptr);

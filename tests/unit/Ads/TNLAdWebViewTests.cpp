@@ -18,6 +18,7 @@
 #include "TarnelAd/Toolkit/TNLApplication.h"
 #include "TarnelAd/Toolkit/TNLScrollView.h"
 #include "support/TNLLogCapture.h"
+#include "support/TNLTestBridgeJournal.h"
 #include "support/TNLTestDeviceFacts.h"
 
 namespace {
@@ -28,20 +29,6 @@ using Statements = std::vector<std::string>;
 
 constexpr char kTag[] = "https://cdn.example.test/creative/index.html";
 constexpr char kPage[] = "<html><body>creative</body></html>";
-
-// Records what the bridge hands on.
-class BridgeJournal : public TNLBridgeDelegate {
- public:
-  void bridgeOpened(TNLBridge&) override { calls.push_back("opened"); }
-  void closeActionSentByBridge(TNLBridge&) override { calls.push_back("close"); }
-  void openUrl(const std::string& url, TNLBridge&) override { calls.push_back("open " + url); }
-  void enableRedirectActionSentByBridge(TNLBridge&) override { calls.push_back("enableRedirect"); }
-  void displayOptinSentByBridge(TNLBridge&) override { calls.push_back("display"); }
-  void videoOptinSentByBridge(TNLBridge&) override { calls.push_back("video"); }
-  void deviceDataRequestSentByBridge(TNLBridge&) override { calls.push_back("deviceData"); }
-  void allowScroll(bool, TNLBridge&) override { calls.push_back("allowScroll"); }
-  std::vector<std::string> calls;
-};
 
 std::shared_ptr<TNLAd> makeAd(const std::optional<std::string>& tag = std::string(kTag)) {
   TNLJson full = {{"creative_tag", tag ? *tag : ""},
@@ -67,7 +54,7 @@ class AdWebView : public ::testing::Test {
   }
 
   std::shared_ptr<TNLTestDeviceFacts> facts = std::make_shared<TNLTestDeviceFacts>();
-  std::shared_ptr<BridgeJournal> journal = std::make_shared<BridgeJournal>();
+  std::shared_ptr<TNLTestBridgeJournal> journal = std::make_shared<TNLTestBridgeJournal>();
 };
 
 TEST_F(AdWebView, LoadsTheAdLaterWithItsCreativeTagAsBaseURLInATransparentFixedView) {
@@ -89,20 +76,11 @@ TEST_F(AdWebView, LoadsTheAdLaterWithItsCreativeTagAsBaseURLInATransparentFixedV
   EXPECT_FALSE(engine->viewState().isOpaque());
   EXPECT_FALSE(engine->scrollState().isScrollEnabled());
   EXPECT_FALSE(engine->scrollState().bounces());
-  EXPECT_EQ(webView->navigationDelegate(), webView);
-
-  // allowScrolling= turns both switches on.
-  webView->respondToAllowScroll(true);
-  EXPECT_TRUE(engine->scrollState().isScrollEnabled());
-  EXPECT_TRUE(engine->scrollState().bounces());
 
   // A tag that is not a URL gives the page no base URL.
   const auto untagged = loaded(makeAd("http://not a url/"));
   EXPECT_EQ(TNLHeadlessWebEngine::of(untagged)->baseURL(), std::nullopt);
   EXPECT_EQ(TNLHeadlessWebEngine::of(untagged)->html(), kPage);
-
-  EXPECT_EQ(webView->address().rfind("0x", 0), 0u);
-  EXPECT_NE(webView->address(), untagged->address());
 }
 
 TEST_F(AdWebView, OnlyTheCreativesPageAndOtherFramesMayNavigate) {
@@ -213,33 +191,6 @@ TEST_F(AdWebView, APageWithoutAnAdIsNotInitialised) {
   EXPECT_EQ(capture.count("Failed to initialize Ad in webview due to exception: "), 1u);
   EXPECT_TRUE(engine->evaluatedStatements().empty());
   EXPECT_TRUE(journal->calls.empty()) << "the bridge stays closed";
-}
-
-TEST_F(AdWebView, ScrollEventsAnnounceTheListenerOnceAndReportTheHostsScrollView) {
-  const auto webView = loaded(makeAd());
-  const auto engine = TNLHeadlessWebEngine::of(webView);
-  const auto host = TNLScrollView::create({0, 0, 320, 400});
-  host->setContentSize({320, 2000});
-  host->setContentOffset({0, 150.5});
-  webView->respondToScroll(host);
-  host->setContentOffset({0, 300});
-  webView->respondToScroll(host);
-
-  const auto& sent = engine->evaluatedStatements();
-  ASSERT_EQ(sent.size(), 3u);
-  EXPECT_EQ(sent[0], "ZENKO.isScrollListenerSubscribed(true)");
-  EXPECT_TRUE(webView->scrollInitialized());
-  for (size_t i = 1; i < 3; ++i) {
-    ASSERT_EQ(sent[i].rfind("ZENKO.scroll({", 0), 0u) << sent[i];
-    EXPECT_EQ(sent[i].find('\n'), std::string::npos) << "compact";
-    const TNLJson event = TNLJSON::parse(sent[i].substr(13, sent[i].size() - 14));
-    EXPECT_EQ(event["startX"], 0);
-    EXPECT_EQ(event["startY"], 0);
-    EXPECT_EQ(event["currX"], 0.0);
-    EXPECT_EQ(event["currY"], i == 1 ? 150.5 : 300.0);
-    EXPECT_EQ(event["maxX"], 320.0);
-    EXPECT_EQ(event["maxY"], 400.0);
-  }
 }
 
 TEST_F(AdWebView, DeviceDataDescribesScreenOrientationAndView) {

@@ -21,26 +21,12 @@ std::shared_ptr<TNLTestDeviceFacts> facts(
   return made;
 }
 
-TEST(TNLDeviceInfo, CapturesEveryFactInItsFormat) {
+// The values themselves are checked in the macro table and the manifest request.
+TEST(TNLDeviceInfo, EachCaptureHasItsOwnSessionAndIsRestrictedUntilTheTableDecides) {
   const TNLDeviceInfo info(facts());
   EXPECT_TRUE(std::regex_match(info.sessionId(), std::regex("[0-9a-f]{32}"))) << info.sessionId();
-  EXPECT_EQ(info.carrierName(), "no-carrier");
-  EXPECT_EQ(info.deviceIpAddress(), "192.168.1.20");
-  EXPECT_EQ(info.deviceModel(), "x86_64");
-  EXPECT_EQ(info.hostAppName(), "Game");
-  EXPECT_EQ(info.screenWidth(), "375");
-  EXPECT_EQ(info.screenHeight(), "667");
-  EXPECT_EQ(info.screenDPI(), "326.000000");
-  EXPECT_EQ(info.systemVersion(), "12.4");
-  EXPECT_EQ(info.userAgent(), "Game/2.1 x86_64 TestOS/12.4 CFNetwork/8.5.0 Darwin/6.1.0");
-  EXPECT_EQ(info.advertisingId(), "6D92078A-8246-4BA4-AE5B-76104861E7DC");
-  EXPECT_FALSE(info.adTrackingBlocked());
-  EXPECT_EQ(info.deviceLang(), "de-CH");
-  EXPECT_EQ(info.deviceName(), "Test Device");
-  EXPECT_TRUE(info.restricted());  // until the macro table decides
-
-  // Each process start, and each snapshot, gets its own session.
   EXPECT_NE(TNLDeviceInfo(facts()).sessionId(), info.sessionId());
+  EXPECT_TRUE(info.restricted());
 }
 
 TEST(TNLDeviceInfo, FallsBackWhereAFactIsMissing) {

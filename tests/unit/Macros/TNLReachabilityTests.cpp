@@ -18,7 +18,7 @@ namespace {
 using Facts = TNLDeviceFacts;
 
 TEST(TNLReachability, FlagTableAndTheAlwaysPrintedFlagLine) {
-  TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+  TNLTestDeviceFacts::install();
   const auto reachability = TNLReachability::reachabilityForInternetConnection();
   ASSERT_NE(reachability, nullptr);
 
@@ -53,8 +53,7 @@ TEST(TNLReachability, FlagTableAndTheAlwaysPrintedFlagLine) {
 }
 
 TEST(TNLReachability, StatusComesFromTheDeviceFactsUnlessTheTargetIsLoopback) {
-  const auto facts = std::make_shared<TNLTestDeviceFacts>();
-  TNLSetup::setDeviceFacts(facts);
+  const auto facts = TNLTestDeviceFacts::install();
   const auto internet = TNLReachability::reachabilityForInternetConnection();
   facts->update([](auto& v) { v.flags = Facts::kFlagReachable | Facts::kFlagConnectionRequired; });
   EXPECT_EQ(internet->currentReachabilityStatus(), TNLReachability::NotReachable);
@@ -86,8 +85,7 @@ TEST(TNLReachability, StatusComesFromTheDeviceFactsUnlessTheTargetIsLoopback) {
 }
 
 TEST(TNLReachability, NotifierPostsWhenTheFlagsChange) {
-  const auto facts = std::make_shared<TNLTestDeviceFacts>();
-  TNLSetup::setDeviceFacts(facts);
+  const auto facts = TNLTestDeviceFacts::install();
   const auto reachability = TNLReachability::reachabilityForInternetConnection();
   int posted = 0;
   const void* sender = nullptr;

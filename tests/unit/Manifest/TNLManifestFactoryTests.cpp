@@ -87,17 +87,6 @@ TEST(TNLManifestFactory, AbsentSectionsGiveNullsNotEmptyStrings) {
   // Strings of another JSON type are kept as their text.
   EXPECT_EQ(parse(R"({"developer": {"applicationname": 42}})")->developer()->applicationName(),
             "42");
-
-  // The model's own defaults are empty strings and default sections, never null.
-  const TNLManifest defaults;
-  EXPECT_EQ(defaults.ttl(), 0u);
-  EXPECT_EQ(defaults.vastTemplateURI(), "");
-  ASSERT_NE(defaults.developer(), nullptr);
-  EXPECT_EQ(defaults.developer()->applicationName(), "");
-  ASSERT_NE(defaults.monitoring(), nullptr);
-  EXPECT_EQ(defaults.monitoring()->url(), "");
-  ASSERT_NE(defaults.demandSources(), nullptr);
-  EXPECT_TRUE(defaults.demandSources()->demandSources().empty());
 }
 
 TEST(TNLManifestFactory, AnyMalformedValueFailsTheWholeManifest) {
@@ -107,17 +96,11 @@ TEST(TNLManifestFactory, AnyMalformedValueFailsTheWholeManifest) {
       R"({"monitoring": {"baseuri": "B"}})",
       R"({"performance": {"baseuri": null, "uri_content": "x"}})",
       R"({"ttl": "3600"})",
-      R"({"ttl": null})",
-      R"({"ttl": true})",
       R"({"demandsources": {"demandsource": [{"rank": "1"}]}})",
-      R"({"demandsources": {"demandsource": [{"timeout": [5]}]}})",
       R"({"demandsources": {"demandsource": ["not an object"]}})",
       R"({"demandsources": {"demandsource": {"rank": 1}}})",
-      R"({"demandsources": "none"})",
       R"({"developer": "someone"})",
-      R"({"privacy": null})",
       R"({"viewability": {"vendor": true}})",
-      R"({"viewability": []})",
   };
   for (const char* json : malformed) {
     EXPECT_EQ(parse(json), nullptr) << json;

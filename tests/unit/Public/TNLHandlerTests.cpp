@@ -28,7 +28,7 @@ class HostingContext : public TNLTarnelContext {
 };
 
 TEST(TNLHandler, AFetchedConfigurationFailsAtTheApplicationIDAndInstallsNothing) {
-  TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+  TNLTestDeviceFacts::install();
   TNLMacros::setValueInMacroDictionary("FACADE-APP", TNL_APPID_MACRO);
   const TNLMacroDict before = TNLMacros::sharedMacroDict();
 

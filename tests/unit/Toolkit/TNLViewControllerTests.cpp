@@ -23,13 +23,6 @@ class JournalController : public TNLViewController {
   void viewDidAppear(bool animated) override { note("viewDidAppear", animated); }
   void viewWillDisappear(bool animated) override { note("viewWillDisappear", animated); }
   void viewDidDisappear(bool animated) override { note("viewDidDisappear", animated); }
-  void viewWillTransitionToSize(const TNLSize& size) override {
-    // The view still has its old size when told.
-    note("viewWillTransitionToSize " + std::to_string(static_cast<int>(size.width)) + "x" +
-         std::to_string(static_cast<int>(size.height)) + " from " +
-         std::to_string(static_cast<int>(view()->frame().width())));
-  }
-
   void note(const std::string& call) { journal_->push_back(name_ + "." + call); }
   void note(const std::string& call, bool animated) { note(call + (animated ? "(animated)" : "")); }
 
@@ -67,13 +60,6 @@ TEST(TNLViewController, ViewIsMadeOnFirstAccessAndTheRootAppearsWithItsWindow) {
   EXPECT_EQ(view->frame(), TNLRect(0, 0, 375, 667));  // the main screen
   EXPECT_EQ(*journal, (std::vector<std::string>{"c.viewDidLoad"}));
 
-  // A view set from outside is used as it is, without viewDidLoad.
-  auto other = std::make_shared<JournalController>("o", journal);
-  auto given = TNLView::create({1, 2, 3, 4});
-  other->setView(given);
-  EXPECT_EQ(other->view(), given);
-  EXPECT_EQ(journal->size(), 1u);
-
   auto window = TNLWindow::create({0, 0, 320, 480});
   window->setRootViewController(controller);
   EXPECT_EQ(view->frame(), TNLRect(0, 0, 320, 480));
@@ -108,24 +94,6 @@ TEST(TNLViewController, PresentAndDismissCallTheLifecycleInOrderAndCompleteLater
   EXPECT_EQ(stage.take(),
             (std::vector<std::string>{"ad.viewDidAppear(animated)",
                                       "root.viewDidDisappear(animated)", "completion"}));
-
-  // A browser over the ad, then closed: the ad appears again.
-  auto browser = stage.make("browser");
-  bool browserShown = false;
-  ad->present(browser, true, [&] { browserShown = true; });
-  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return browserShown; }));
-  stage.take();
-  bool browserClosed = false;
-  browser->dismiss(true, [&] { browserClosed = true; });
-  EXPECT_EQ(stage.take(), (std::vector<std::string>{"browser.viewWillDisappear(animated)",
-                                                    "ad.viewWillAppear(animated)"}));
-  EXPECT_EQ(browser->view()->superview(), stage.window);  // until the transition ends
-  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return browserClosed; }));
-  EXPECT_EQ(stage.take(), (std::vector<std::string>{"ad.viewDidAppear(animated)",
-                                                    "browser.viewDidDisappear(animated)"}));
-  EXPECT_EQ(browser->view()->superview(), nullptr);
-  EXPECT_EQ(ad->presentedViewController(), nullptr);
-  EXPECT_EQ(browser->presentingViewController(), nullptr);
 
   // The ad closes itself, not animated; the controller is released with its view.
   std::weak_ptr<TNLViewController> weakAd = ad;
@@ -180,23 +148,6 @@ TEST(TNLViewController, RefusedPresentationsLogAndSkipTheCompletion) {
   EXPECT_FALSE(second->isViewLoaded());
   EXPECT_EQ(log.count("which is already presenting"), 1u);
   EXPECT_EQ(log.count("whose view is not in the window hierarchy!"), 1u);
-}
-
-TEST(TNLViewController, WindowSizeTransitionsReachEveryControllerBeforeTheResize) {
-  Stage stage;
-  auto ad = stage.make("ad");
-  bool shown = false;
-  stage.root->present(ad, false, [&] { shown = true; });
-  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return shown; }));
-  stage.take();
-
-  stage.window->transitionToSize({480, 320});
-  EXPECT_EQ(stage.take(),
-            (std::vector<std::string>{"root.viewWillTransitionToSize 480x320 from 320",
-                                      "ad.viewWillTransitionToSize 480x320 from 320"}));
-  EXPECT_EQ(stage.window->frame(), TNLRect(0, 0, 480, 320));
-  EXPECT_EQ(stage.root->view()->frame(), TNLRect(0, 0, 480, 320));
-  EXPECT_EQ(ad->view()->frame(), TNLRect(0, 0, 480, 320));
 }
 
 }  // namespace
