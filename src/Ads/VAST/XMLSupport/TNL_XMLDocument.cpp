@@ -46,7 +46,6 @@ class TNL_XMLDocument::StringCache {
     return string;
   }
 
-  size_t size() const { return strings_.size(); }
 
  private:
   // djb2: start at 5381, then for each byte multiply by 33 and add the byte.
@@ -129,10 +128,6 @@ std::optional<TNL_XMLNode::Nodes> TNL_XMLDocument::nodesForXPath(
   const auto documentNode =
       TNL_XMLNode::nodeBorrowingXMLNode(reinterpret_cast<xmlNodePtr>(xmlDoc_.get()));
   return documentNode->nodesForXPath(xpath, namespaces, error);
-}
-
-size_t TNL_XMLDocument::cachedStringCount() const {
-  return stringCache_->size();
 }
 
 std::shared_ptr<const std::string> TNL_XMLDocument::stringForText(const _xmlDoc* doc,

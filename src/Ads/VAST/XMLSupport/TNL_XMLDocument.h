@@ -43,9 +43,6 @@ class TNL_XMLDocument {
       const std::string& xpath, const std::optional<TNL_XMLNode::Namespaces>& namespaces,
       TNLErrorPtr* error) const;
 
-  // Number of distinct texts in the document's string cache.
-  size_t cachedStringCount() const;
-
   // The string for `text` read from a node of `doc`: shared through the cache of a document made
   // here, a fresh string for any other document or none.
   static std::shared_ptr<const std::string> stringForText(const _xmlDoc* doc,

@@ -267,10 +267,6 @@ std::shared_ptr<TNL_XMLNode> TNL_XMLNode::attributeWithName(const std::string& n
       reinterpret_cast<xmlNodePtr>(xmlNewProp(nullptr, xmlText(name), xmlText(stringValue))));
 }
 
-std::shared_ptr<TNL_XMLNode> TNL_XMLNode::textWithStringValue(const std::string& stringValue) {
-  return nodeConsumingXMLNode(xmlNewText(xmlText(stringValue)));
-}
-
 std::shared_ptr<TNL_XMLNode> TNL_XMLNode::namespaceWithName(const std::string& prefix,
                                                             const std::string& uri) {
   const xmlChar* const nsPrefix = prefix.empty() ? nullptr : xmlText(prefix);

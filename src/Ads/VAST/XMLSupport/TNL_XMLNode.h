@@ -56,7 +56,6 @@ class TNL_XMLNode {
                                                          const std::string& stringValue);
   static std::shared_ptr<TNL_XMLNode> attributeWithName(const std::string& name,
                                                         const std::string& stringValue);
-  static std::shared_ptr<TNL_XMLNode> textWithStringValue(const std::string& stringValue);
   static std::shared_ptr<TNL_XMLNode> namespaceWithName(const std::string& prefix,
                                                         const std::string& uri);
 
