@@ -46,7 +46,6 @@ class TNL_XMLDocument::StringCache {
     return string;
   }
 
-
  private:
   // djb2: start at 5381, then for each byte multiply by 33 and add the byte.
   struct Djb2 {
