@@ -24,8 +24,12 @@ bool TNLGtkToolkit::useGtkBackend() {
   }
   if (!isInstalled()) {
     TNLToolkitBackend::install(TNLGtkBackend::shared());
-    // The sound server's volume becomes the device's output volume, which creatives are told.
-    setOutputVolumeObserver([](float volume) { TNLSetup::deviceFacts()->setOutputVolume(volume); });
+    // Where a sound server answers, its volume becomes the device's output volume, which
+    // creatives are told; without one, the level the host set (or the default) stands.
+    if (TNLGtkSoundVolume::readSoundServerVolume()) {
+      setOutputVolumeObserver(
+          [](float volume) { TNLSetup::deviceFacts()->setOutputVolume(volume); });
+    }
   }
   return true;
 }
