@@ -10,11 +10,11 @@ class TNLTestSignal {
  public:
   template <class Change>
   void record(Change&& change) {
-    {
-      std::lock_guard lock(mutex_);
-      change();
-      ++count_;
-    }
+    // Notified under the lock: a waiter that wakes and destroys the signal cannot do so while
+    // this thread is still inside notify_all.
+    std::lock_guard lock(mutex_);
+    change();
+    ++count_;
     changed_.notify_all();
   }
   void record() {

@@ -13,8 +13,10 @@
 
 namespace {
 
-std::mutex& observerMutex() {
-  static TNLNoDestructor<std::mutex> mutex;
+// Held while the observer runs, so that replacing it waits for a call in progress; recursive
+// because an observer may log.
+std::recursive_mutex& observerMutex() {
+  static TNLNoDestructor<std::recursive_mutex> mutex;
   return *mutex;
 }
 
@@ -62,12 +64,8 @@ void TNLPlatformLog(const std::string& line) {
   // One write per line keeps lines from different threads whole.
   [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
 
-  std::function<void(const std::string&)> observer;
-  {
-    std::lock_guard lock(observerMutex());
-    observer = observerSlot();
-  }
-  if (observer) {
+  std::lock_guard lock(observerMutex());
+  if (const auto& observer = observerSlot()) {
     observer(line);
   }
 }
