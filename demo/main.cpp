@@ -366,5 +366,8 @@ int main(int argc, char** argv) {
   onMainLoop([&] { screen->next(); });
   g_main_loop_run(loop);
   g_main_loop_unref(loop);
+  // The last trackers (the close of the last ad among them) reach the monitoring server before
+  // the bundled service stops.
+  TNLSetup::shutdown();
   return screen->exitCode();
 }

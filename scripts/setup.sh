@@ -12,8 +12,8 @@ packages=(
   libjavascriptcoregtk-4.1-dev libssl-dev uuid-dev
   # desktop backend
   libgtk-3-dev libwebkit2gtk-4.1-dev
-  # loopback servers in tests and the demo
-  libcpp-httplib-dev
+  # loopback servers in tests and the demo (zlib for the compressed answers of hostile ones)
+  libcpp-httplib-dev zlib1g-dev
   # headless display for web tests and the demo; synthesised pointer input in the e2e tests
   xvfb xauth libxtst-dev
   # runtime for the sanitizer presets

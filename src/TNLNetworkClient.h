@@ -6,6 +6,7 @@
 
 #include "Platform/Foundation/TNLError.h"
 #include "Platform/Foundation/TNLJSON.h"
+#include "Platform/Http/TNLHttpSession.h"
 #include "Platform/Http/TNLURLRequest.h"
 
 // The one place where the library makes HTTP requests that return content. Stateless. Status
@@ -29,6 +30,10 @@ class TNLNetworkClient {
   // Success receives the raw body bytes.
   static void makeURLRequestWithURL(const std::string& url, const std::string& method,
                                     DataSuccess success, Failure failure);
+
+  // The one log line of a request that a network limit ended (nothing for any other outcome).
+  static void logLimitExceeded(const std::optional<std::string>& url,
+                               const TNLHttpSession::Response& response);
 
   static TNLURLRequest createRequestFromUrl(const std::string& url,
                                             const std::optional<std::string>& body,

@@ -4,6 +4,7 @@
 
 #include "Platform/Device/TNLCurrentDeviceFacts.h"
 #include "Platform/Foundation/TNLNoDestructor.h"
+#include "Platform/Http/TNLHttpSession.h"
 #include "TarnelAd/TNLConstants.h"
 #include "TarnelAd/Toolkit/TNLToolkit.h"
 
@@ -49,4 +50,28 @@ std::string TNL_MANIFESTURL() {
 
 void TNLSetup::useHeadlessBackend() {
   TNLToolkit::useHeadlessBackend();
+}
+
+bool TNLSetup::setNetworkLimits(const TNLNetworkLimits& limits) {
+  using std::chrono::milliseconds;
+  if (limits.maxResponseBytes == 0 || limits.connectTimeout <= milliseconds::zero() ||
+      limits.stallTimeout <= milliseconds::zero() || limits.totalTimeout <= milliseconds::zero() ||
+      limits.maxRedirects < 0 || limits.maxConnectionsPerHost <= 0 ||
+      limits.shutdownWait < milliseconds::zero()) {
+    return false;
+  }
+  TNLHttpSession::setLimits(limits);
+  return true;
+}
+
+TNLNetworkLimits TNLSetup::networkLimits() {
+  return TNLHttpSession::limits();
+}
+
+void TNLSetup::shutdown() {
+  shutdown(networkLimits().shutdownWait);
+}
+
+void TNLSetup::shutdown(std::chrono::milliseconds maxWait) {
+  TNLHttpSession::shutdownAll(maxWait);
 }

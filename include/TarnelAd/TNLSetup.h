@@ -1,9 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 
 #include "TarnelAd/TNLDeviceFacts.h"
+#include "TarnelAd/TNLNetworkLimits.h"
 
 // Process-wide set-up that a host may do before its first ad request.
 class TNLSetup {
@@ -29,4 +31,21 @@ class TNLSetup {
   // that want real windows install the GTK backend instead (TarnelAd/Gtk). Call at start-up,
   // before any view is made.
   static void useHeadlessBackend();
+
+  // Replaces the bounds on the library's HTTP requests (see TNLNetworkLimits for the defaults).
+  // Call before the first request: requests already started keep the limits they started with.
+  // Returns false, and changes nothing, when a value is zero or negative.
+  static bool setNetworkLimits(const TNLNetworkLimits& limits);
+  static TNLNetworkLimits networkLimits();
+
+  // Ends the library's network activity before the host exits: requests for content (manifest,
+  // ads, creatives) are abandoned and their callbacks never run; trackers already sent, and
+  // those that callbacks running now still send, get up to `maxWait` to reach the monitoring
+  // server; what is still running then is abandoned. Afterwards the library sends nothing.
+  // A host that returns from main without calling it gets the same, with the limits'
+  // shutdownWait. Call it from the host's own thread (the main thread), not from a callback
+  // that runs on the library's network thread: that thread cannot wait for itself, and its
+  // trackers are then dropped.
+  static void shutdown();
+  static void shutdown(std::chrono::milliseconds maxWait);
 };

@@ -32,11 +32,13 @@ void TNLTestAdService::publishManifest(const std::vector<Source>& sources, int t
                                        std::optional<std::string> vastTemplateURI) {
   TNLJson list = TNLJson::array();
   for (const auto& source : sources) {
-    list.push_back({{"source", source.path},
-                    {"rank", source.rank},
-                    {"timeout", 5},
-                    {"autofetch", false},
-                    {"url", server.url(source.path) + "?z=%ZONE%&p=%PRODUCT%"}});
+    list.push_back(
+        {{"source", source.path},
+         {"rank", source.rank},
+         {"timeout", 5},
+         {"autofetch", false},
+         {"url", (source.path.starts_with("http") ? source.path : server.url(source.path)) +
+                     "?z=%ZONE%&p=%PRODUCT%"}});
   }
   TNLJson manifest = {
       {"ttl", ttl},

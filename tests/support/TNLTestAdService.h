@@ -16,7 +16,7 @@ class TNLTestAdService {
  public:
   struct Source {
     uint64_t rank;
-    std::string path;  // answered by the test's own routes on `server`
+    std::string path;  // answered by the test's own routes on `server`, or a whole URL
   };
 
   explicit TNLTestAdService(std::string appId = "APP1");

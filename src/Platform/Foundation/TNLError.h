@@ -52,6 +52,7 @@ inline constexpr long NetworkConnectionLost = -1005;
 inline constexpr long HTTPTooManyRedirects = -1007;
 inline constexpr long ResourceUnavailable = -1008;
 inline constexpr long NotConnectedToInternet = -1009;
+inline constexpr long DataLengthExceedsMaximum = -1103;
 inline constexpr long SecureConnectionFailed = -1200;
 inline constexpr long ServerCertificateUntrusted = -1202;
 }  // namespace TNLURLError

@@ -1,8 +1,8 @@
 #include "Platform/Http/TNLHttpSession.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
+#include <condition_variable>
 #include <cstdlib>
 #include <deque>
 #include <map>
@@ -18,19 +18,14 @@
 
 namespace {
 
-std::mutex& overrideMutex() {
-  static TNLNoDestructor<std::mutex> mutex;
-  return *mutex;
-}
+struct LimitsStore {
+  std::mutex mutex;
+  TNLNetworkLimits limits;
+};
 
-std::optional<std::chrono::milliseconds>& timeoutOverride() {
-  static TNLNoDestructor<std::optional<std::chrono::milliseconds>> value;
-  return *value;
-}
-
-std::chrono::milliseconds effectiveTimeout(std::chrono::milliseconds configured) {
-  std::lock_guard lock(overrideMutex());
-  return timeoutOverride().value_or(configured);
+LimitsStore& limitsStore() {
+  static TNLNoDestructor<LimitsStore> store;
+  return *store;
 }
 
 struct URLErrorText {
@@ -48,6 +43,7 @@ TNLErrorPtr makeURLError(long code, const std::optional<std::string>& url,
       {TNLURLError::CannotConnectToHost, "Could not connect to the server."},
       {TNLURLError::NetworkConnectionLost, "The network connection was lost."},
       {TNLURLError::HTTPTooManyRedirects, "too many HTTP redirects"},
+      {TNLURLError::DataLengthExceedsMaximum, "resource exceeds maximum size"},
       {TNLURLError::ResourceUnavailable, "resource unavailable"},
       {TNLURLError::NotConnectedToInternet, "The Internet connection appears to be offline."},
       {TNLURLError::SecureConnectionFailed,
@@ -94,6 +90,8 @@ long urlErrorCodeFor(CURLcode result, long osErrno) {
       return TNLURLError::NetworkConnectionLost;
     case CURLE_TOO_MANY_REDIRECTS:
       return TNLURLError::HTTPTooManyRedirects;
+    case CURLE_FILESIZE_EXCEEDED:
+      return TNLURLError::DataLengthExceedsMaximum;
     case CURLE_REMOTE_FILE_NOT_FOUND:
     case CURLE_REMOTE_ACCESS_DENIED:
       return TNLURLError::ResourceUnavailable;
@@ -115,26 +113,55 @@ long urlErrorCodeFor(CURLcode result, long osErrno) {
   }
 }
 
-size_t appendBody(char* data, size_t size, size_t count, void* userData) {
-  static_cast<std::string*>(userData)->append(data, size * count);
-  return size * count;
-}
-
 struct Transfer {
   TNLURLRequest request;
   TNLHttpSession::Completion completion;
-  CURL* easy = nullptr;
+  TNLHttpSession::AtShutdown atShutdown = TNLHttpSession::AtShutdown::abandon;
+  TNLNetworkLimits limits;
+  CURL* easy = nullptr;  // borrowed from the engine's pool while the transfer runs
   curl_slist* headers = nullptr;
   std::string body;
+  std::string limitExceeded;
   char errorBuffer[CURL_ERROR_SIZE] = {};
 
-  ~Transfer() {
-    if (easy != nullptr) {
-      curl_easy_cleanup(easy);
-    }
-    curl_slist_free_all(headers);
-  }
+  ~Transfer() { curl_slist_free_all(headers); }
+  bool delivers() const { return atShutdown == TNLHttpSession::AtShutdown::deliver; }
 };
+
+// Bodies grow only up to the limit: whatever a server sends beyond it, compressed or not, ends
+// the transfer before it costs memory.
+size_t appendBody(char* data, size_t size, size_t count, void* userData) {
+  auto* transfer = static_cast<Transfer*>(userData);
+  const size_t length = size * count;
+  if (length > transfer->limits.maxResponseBytes - transfer->body.size()) {
+    transfer->limitExceeded =
+        "the response body passed " + std::to_string(transfer->limits.maxResponseBytes) + " bytes";
+    return CURL_WRITEFUNC_ERROR;
+  }
+  transfer->body.append(data, length);
+  return length;
+}
+
+long wholeSeconds(std::chrono::milliseconds duration) {
+  return std::max(1L, static_cast<long>((duration.count() + 999) / 1000));
+}
+
+// Which wait ran out, for the log.
+std::string timeoutReason(CURL* easy, const TNLNetworkLimits& limits) {
+  curl_off_t connected = 0;
+  curl_off_t total = 0;
+  curl_easy_getinfo(easy, CURLINFO_CONNECT_TIME_T, &connected);
+  curl_easy_getinfo(easy, CURLINFO_TOTAL_TIME_T, &total);
+  const auto totalMs = std::chrono::milliseconds(limits.totalTimeout).count();
+  if (total / 1000 >= totalMs) {
+    return "not complete within " + std::to_string(totalMs) + " ms";
+  }
+  if (connected == 0) {
+    return "no connection within " +
+           std::to_string(std::chrono::milliseconds(limits.connectTimeout).count()) + " ms";
+  }
+  return "no data for " + std::to_string(wholeSeconds(limits.stallTimeout)) + " s";
+}
 
 // The part of a session that its thread uses; kept alive by the thread itself so that dropping
 // the last session reference from a completion is safe.
@@ -146,20 +173,45 @@ class Engine {
   ~Engine() {
     for (auto& [easy, transfer] : active_) {
       curl_multi_remove_handle(multi_, easy);
+      curl_easy_cleanup(easy);
     }
     active_.clear();
+    for (CURL* easy : pool_) {
+      curl_easy_cleanup(easy);
+    }
     curl_multi_cleanup(multi_);
   }
 
   void enqueue(std::unique_ptr<Transfer> transfer) {
     {
       std::lock_guard lock(mutex_);
-      if (stopping_) {
+      if (stopping_ || (draining_ && !transfer->delivers())) {
         return;
       }
+      deliveries_ += transfer->delivers() ? 1 : 0;
       pending_.push_back(std::move(transfer));
     }
     curl_multi_wakeup(multi_);
+  }
+
+  // From now on only deliveries run; content transfers and their completions are abandoned.
+  void beginDrain() {
+    {
+      std::lock_guard lock(mutex_);
+      draining_ = true;
+    }
+    curl_multi_wakeup(multi_);
+  }
+
+  // True once no delivery is left and no completion runs, false when `deadline` came first.
+  bool waitDrained(std::chrono::steady_clock::time_point deadline) {
+    std::unique_lock lock(mutex_);
+    return drained_.wait_until(lock, deadline, [&] { return deliveries_ == 0 && !inCompletion_; });
+  }
+
+  bool isInCompletion() {
+    std::lock_guard lock(mutex_);
+    return inCompletion_;
   }
 
   void stop() {
@@ -171,17 +223,26 @@ class Engine {
   }
 
   void run() {
+    bool abandoned = false;
     while (true) {
       std::deque<std::unique_ptr<Transfer>> starting;
+      bool draining = false;
       {
         std::lock_guard lock(mutex_);
         if (stopping_) {
           return;
         }
         starting.swap(pending_);
+        draining = draining_;
+      }
+      if (draining && !abandoned) {
+        abandonContentTransfers();
+        abandoned = true;
       }
       for (auto& transfer : starting) {
-        start(std::move(transfer));
+        if (!draining || transfer->delivers()) {
+          start(std::move(transfer));
+        }
       }
       int running = 0;
       curl_multi_perform(multi_, &running);
@@ -190,46 +251,76 @@ class Engine {
         if (message->msg == CURLMSG_DONE) {
           finish(message->easy_handle, message->data.result);
         }
-        if (isStopping()) {
-          return;
-        }
       }
       curl_multi_poll(multi_, nullptr, 0, 1000, nullptr);
     }
   }
 
  private:
-  bool isStopping() {
-    std::lock_guard lock(mutex_);
-    return stopping_;
+  void abandonContentTransfers() {
+    for (auto it = active_.begin(); it != active_.end();) {
+      if (it->second->delivers()) {
+        ++it;
+        continue;
+      }
+      release(it->first);
+      it = active_.erase(it);
+    }
+  }
+
+  CURL* acquireHandle() {
+    if (pool_.empty()) {
+      return curl_easy_init();
+    }
+    CURL* easy = pool_.back();
+    pool_.pop_back();
+    return easy;
+  }
+
+  // Handles go back to a small pool: a reset handle keeps its resolver and TLS caches, which a
+  // new one would build again.
+  void release(CURL* easy) {
+    curl_multi_remove_handle(multi_, easy);
+    if (pool_.size() < kPoolSize) {
+      curl_easy_reset(easy);
+      pool_.push_back(easy);
+    } else {
+      curl_easy_cleanup(easy);
+    }
   }
 
   void start(std::unique_ptr<Transfer> transfer) {
     if (!transfer->request.url) {
-      complete(*transfer, {"", 0, makeURLError(TNLURLError::BadURL, std::nullopt, "")});
+      complete(*transfer, {"", 0, makeURLError(TNLURLError::BadURL, std::nullopt, ""), ""});
       return;
     }
-    CURL* easy = curl_easy_init();
+    const TNLNetworkLimits& limits = transfer->limits;
+    if (limits.maxConnectionsPerHost != connectionsPerHost_) {
+      connectionsPerHost_ = limits.maxConnectionsPerHost;
+      curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, connectionsPerHost_);
+    }
+    CURL* easy = acquireHandle();
     transfer->easy = easy;
-    const auto timeout = effectiveTimeout(configuration_.timeout);
     const auto& request = transfer->request;
     curl_easy_setopt(easy, CURLOPT_URL, request.url->c_str());
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(easy, CURLOPT_MAXREDIRS, configuration_.maxRedirects);
+    curl_easy_setopt(easy, CURLOPT_MAXREDIRS, limits.maxRedirects);
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 1L);
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
     curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
-    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(timeout.count()));
+    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS,
+                     static_cast<long>(limits.connectTimeout.count()));
+    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(limits.totalTimeout.count()));
     curl_easy_setopt(easy, CURLOPT_LOW_SPEED_LIMIT, 1L);
-    curl_easy_setopt(easy, CURLOPT_LOW_SPEED_TIME,
-                     std::max(1L, static_cast<long>((timeout.count() + 999) / 1000)));
+    curl_easy_setopt(easy, CURLOPT_LOW_SPEED_TIME, wholeSeconds(limits.stallTimeout));
+    curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE,
+                     static_cast<curl_off_t>(limits.maxResponseBytes));
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, appendBody);
-    curl_easy_setopt(easy, CURLOPT_WRITEDATA, &transfer->body);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, transfer.get());
     curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, transfer->errorBuffer);
-    curl_easy_setopt(easy, CURLOPT_PRIVATE, transfer.get());
 
     // curl's own content type and expectation headers are not part of the request.
     transfer->headers = curl_slist_append(transfer->headers, "Content-Type:");
@@ -248,26 +339,22 @@ class Engine {
       if (request.method != "POST") {
         curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, request.method.c_str());
       }
-      if (request.body) {
-        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE,
-                         static_cast<curl_off_t>(request.body->size()));
-        curl_easy_setopt(easy, CURLOPT_COPYPOSTFIELDS, request.body->data());
-      } else if (request.method == "POST") {
-        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(0));
-        curl_easy_setopt(easy, CURLOPT_COPYPOSTFIELDS, "");
-      }
+      const std::string& body = request.body ? *request.body : std::string();
+      curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+      curl_easy_setopt(easy, CURLOPT_COPYPOSTFIELDS, body.data());
     }
 
     if (curl_multi_add_handle(multi_, easy) != CURLM_OK) {
-      complete(*transfer,
-               {"", 0, makeURLError(TNLURLError::Unknown, request.url, "cannot start transfer")});
+      release(easy);
+      complete(
+          *transfer,
+          {"", 0, makeURLError(TNLURLError::Unknown, request.url, "cannot start transfer"), ""});
       return;
     }
     active_.emplace(easy, std::move(transfer));
   }
 
   void finish(CURL* easy, CURLcode result) {
-    curl_multi_remove_handle(multi_, easy);
     const auto it = active_.find(easy);
     if (it == active_.end()) {
       return;
@@ -282,40 +369,71 @@ class Engine {
     } else {
       long osErrno = 0;
       curl_easy_getinfo(easy, CURLINFO_OS_ERRNO, &osErrno);
+      long code = urlErrorCodeFor(result, osErrno);
+      if (!transfer->limitExceeded.empty() || result == CURLE_FILESIZE_EXCEEDED) {
+        code = TNLURLError::DataLengthExceedsMaximum;
+        transfer->limitExceeded = "the response body passed " +
+                                  std::to_string(transfer->limits.maxResponseBytes) + " bytes";
+      } else if (result == CURLE_OPERATION_TIMEDOUT) {
+        transfer->limitExceeded = timeoutReason(easy, transfer->limits);
+      } else if (result == CURLE_TOO_MANY_REDIRECTS) {
+        transfer->limitExceeded =
+            "more than " + std::to_string(transfer->limits.maxRedirects) + " redirects";
+      }
       const std::string detail =
           transfer->errorBuffer[0] != '\0' ? transfer->errorBuffer : curl_easy_strerror(result);
-      response.error =
-          makeURLError(urlErrorCodeFor(result, osErrno), transfer->request.url, detail);
+      response.error = makeURLError(code, transfer->request.url, detail);
       response.statusCode = 0;
+      response.limitExceeded = std::move(transfer->limitExceeded);
     }
+    release(easy);
     complete(*transfer, response);
   }
 
-  static void complete(Transfer& transfer, const TNLHttpSession::Response& response) {
-    if (!transfer.completion) {
-      return;
+  void complete(Transfer& transfer, const TNLHttpSession::Response& response) {
+    bool run = false;
+    {
+      std::lock_guard lock(mutex_);
+      run = transfer.completion && !stopping_ && (!draining_ || transfer.delivers());
+      inCompletion_ = run;
     }
-    try {
-      transfer.completion(response);
-    } catch (const std::exception& e) {
-      TNLPlatformLog(std::string("HTTP completion raised an exception: ") + e.what());
-    } catch (...) {
-      TNLPlatformLog("HTTP completion raised an unknown exception");
+    if (run) {
+      try {
+        transfer.completion(response);
+      } catch (const std::exception& e) {
+        TNLPlatformLog(std::string("HTTP completion raised an exception: ") + e.what());
+      } catch (...) {
+        TNLPlatformLog("HTTP completion raised an unknown exception");
+      }
     }
+    {
+      std::lock_guard lock(mutex_);
+      inCompletion_ = false;
+      deliveries_ -= transfer.delivers() ? 1 : 0;
+    }
+    drained_.notify_all();
   }
+
+  static constexpr size_t kPoolSize = 16;
 
   TNLHttpSession::Configuration configuration_;
   CURLM* multi_;
   std::mutex mutex_;
+  std::condition_variable drained_;
   std::deque<std::unique_ptr<Transfer>> pending_;
+  size_t deliveries_ = 0;  // deliveries enqueued and not yet completed
+  bool inCompletion_ = false;
+  bool draining_ = false;
   bool stopping_ = false;
+  // Session thread only.
   std::map<CURL*, std::unique_ptr<Transfer>> active_;
+  std::vector<CURL*> pool_;
+  long connectionsPerHost_ = 0;
 };
 
 class CurlSession;
 
-// Every live session, so that one exit handler can stop their threads before the process's
-// libraries are torn down.
+// Every live session, so that shutting down reaches them all.
 struct SessionRegistry {
   std::mutex mutex;
   std::vector<std::weak_ptr<CurlSession>> sessions;
@@ -335,57 +453,83 @@ class CurlSession : public TNLHttpSession {
     threadId_ = thread_.get_id();
   }
 
-  ~CurlSession() override { shutdown(); }
+  ~CurlSession() override {
+    std::lock_guard lock(shutdownMutex_);
+    stopThread();
+  }
 
-  void shutdown() {
+  void beginDrain() { engine_->beginDrain(); }
+
+  // After the drain (or its deadline) the thread stops; one stuck in a completion that the host
+  // never returns from is left behind rather than waited for.
+  void finishShutdown(std::chrono::steady_clock::time_point deadline) {
     std::lock_guard lock(shutdownMutex_);
     if (!thread_.joinable()) {
       return;
     }
-    engine_->stop();
-    if (std::this_thread::get_id() == threadId_) {
-      thread_.detach();
-    } else {
-      thread_.join();
+    if (!isSessionThread()) {
+      engine_->waitDrained(deadline);
     }
+    if (engine_->isInCompletion() && !isSessionThread()) {
+      engine_->stop();
+      thread_.detach();
+      return;
+    }
+    stopThread();
   }
 
-  void dataTask(const TNLURLRequest& request, Completion completion) override {
+  void dataTask(const TNLURLRequest& request, Completion completion,
+                AtShutdown atShutdown) override {
     auto transfer = std::make_unique<Transfer>();
     transfer->request = request;
     transfer->completion = std::move(completion);
+    transfer->atShutdown = atShutdown;
+    transfer->limits = TNLHttpSession::limits();
     engine_->enqueue(std::move(transfer));
   }
 
   bool isSessionThread() const override { return std::this_thread::get_id() == threadId_; }
 
  private:
+  void stopThread() {
+    if (!thread_.joinable()) {
+      return;
+    }
+    engine_->stop();
+    if (isSessionThread()) {
+      thread_.detach();
+    } else {
+      thread_.join();
+    }
+  }
+
   std::shared_ptr<Engine> engine_;
   std::mutex shutdownMutex_;
   std::thread thread_;
   std::thread::id threadId_;
 };
 
-void stopAllSessions() {
+std::vector<std::shared_ptr<CurlSession>> liveSessions() {
   std::vector<std::shared_ptr<CurlSession>> live;
-  {
-    std::lock_guard lock(registry().mutex);
-    for (const auto& weak : registry().sessions) {
-      if (auto session = weak.lock()) {
-        live.push_back(std::move(session));
-      }
+  std::lock_guard lock(registry().mutex);
+  for (const auto& weak : registry().sessions) {
+    if (auto session = weak.lock()) {
+      live.push_back(std::move(session));
     }
   }
-  for (const auto& session : live) {
-    session->shutdown();
-  }
+  return live;
+}
+
+void shutdownAtExit() {
+  TNLHttpSession::shutdownAll(TNLHttpSession::limits().shutdownWait);
 }
 
 void initialiseCurlOnce() {
   static std::once_flag once;
   std::call_once(once, [] {
     curl_global_init(CURL_GLOBAL_DEFAULT);
-    std::atexit(stopAllSessions);
+    // A host that returns from main still delivers its last trackers.
+    std::atexit(shutdownAtExit);
   });
 }
 
@@ -405,8 +549,23 @@ std::shared_ptr<TNLHttpSession> TNLHttpSession::sharedSession() {
   return *session;
 }
 
-void TNLHttpSession::setTimeoutOverrideForTesting(
-    std::optional<std::chrono::milliseconds> timeout) {
-  std::lock_guard lock(overrideMutex());
-  timeoutOverride() = timeout;
+void TNLHttpSession::setLimits(const TNLNetworkLimits& limits) {
+  std::lock_guard lock(limitsStore().mutex);
+  limitsStore().limits = limits;
+}
+
+TNLNetworkLimits TNLHttpSession::limits() {
+  std::lock_guard lock(limitsStore().mutex);
+  return limitsStore().limits;
+}
+
+void TNLHttpSession::shutdownAll(std::chrono::milliseconds maxWait) {
+  const auto deadline = std::chrono::steady_clock::now() + maxWait;
+  const auto sessions = liveSessions();
+  for (const auto& session : sessions) {
+    session->beginDrain();
+  }
+  for (const auto& session : sessions) {
+    session->finishShutdown(deadline);
+  }
 }

@@ -152,34 +152,4 @@ TEST(TNLNetworkClient, TransportFailuresAreURLErrors) {
   EXPECT_EQ(badScheme.error->code(), TNLURLError::UnsupportedURL);
 }
 
-TEST(TNLNetworkClient, AServerThatNeverAnswersTimesOut) {
-  TNLHttpSession::setTimeoutOverrideForTesting(1s);
-  TNLTestServer server;
-  server.on("GET", "/silent", TNLTestServer::Response::silent());
-  Outcome silent;
-  html(server.url("/silent"), silent);
-  ASSERT_TRUE(silent.signal.waitFor(1, 15s));
-  silent.settle();
-  ASSERT_NE(silent.error, nullptr);
-  EXPECT_EQ(silent.error->code(), TNLURLError::TimedOut);
-}
-
-TEST(TNLHttpSession, ExitsCleanlyWithTransfersInFlight) {
-  // A child process starts a transfer to a server that never answers and exits at once; it must
-  // end normally instead of crashing in a torn-down library. The child is a fresh run of this
-  // binary: forking a process whose server threads hold locks could hang it.
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  TNLTestServer server;
-  server.on("GET", "/silent", TNLTestServer::Response::silent());
-  const std::string url = server.url("/silent");
-  EXPECT_EXIT(
-      {
-        TNLNetworkClient::makeURLRequestWithURL(
-            url, GET_METHOD, [](const std::string&) {}, [](const TNLErrorPtr&) {});
-        std::this_thread::sleep_for(100ms);
-        std::exit(0);
-      },
-      ::testing::ExitedWithCode(0), "");
-}
-
 }  // namespace
