@@ -29,6 +29,20 @@ std::string cFormat(const std::string& spec, T value) {
   return std::string(buffer.data(), static_cast<size_t>(length));
 }
 
+// Steps over the digits of a width or precision at `i`; more than kMaxFormatWidth is an error.
+void skipNumber(std::string_view format, size_t& i, size_t directiveStart) {
+  size_t value = 0;
+  while (i < format.size() && std::isdigit(static_cast<unsigned char>(format[i]))) {
+    value = value * 10 + static_cast<size_t>(format[i] - '0');
+    if (value > kMaxFormatWidth) {
+      throw TNLFormatError("Width or precision above " + std::to_string(kMaxFormatWidth) +
+                           " in format directive " +
+                           std::string(format.substr(directiveStart, i - directiveStart + 1)));
+    }
+    ++i;
+  }
+}
+
 }  // namespace
 
 std::string TNLFormatArg::describeJSON(const nlohmann::ordered_json& json) {
@@ -80,15 +94,11 @@ std::string TNLFormatArgs(std::string_view format, std::span<const TNLFormatArg>
            std::string_view("-+ #0'").find(format[i]) != std::string_view::npos) {
       ++i;
     }
-    // width and precision (no '*')
-    while (i < format.size() && std::isdigit(static_cast<unsigned char>(format[i]))) {
-      ++i;
-    }
+    // width and precision (no '*'), each capped: a format may carry text from elsewhere
+    skipNumber(format, i, start);
     if (i < format.size() && format[i] == '.') {
       ++i;
-      while (i < format.size() && std::isdigit(static_cast<unsigned char>(format[i]))) {
-        ++i;
-      }
+      skipNumber(format, i, start);
     }
     // length modifiers, dropped: every value is passed at full width
     const size_t lengthStart = i;

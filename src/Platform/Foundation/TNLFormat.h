@@ -81,7 +81,11 @@ class TNLFormatArg {
   Value value_;
 };
 
-// Fills `format` with `args`. Throws TNLFormatError when the arguments do not fit the directives.
+// The widest field, and the longest precision, that a directive may ask for.
+inline constexpr size_t kMaxFormatWidth = 4096;
+
+// Fills `format` with `args`. Throws TNLFormatError when the arguments do not fit the directives
+// or a width or precision passes kMaxFormatWidth.
 std::string TNLFormatArgs(std::string_view format, std::span<const TNLFormatArg> args);
 
 template <class... Args>

@@ -1,8 +1,41 @@
 #include "Platform/Foundation/TNLJSON.h"
 
+#include <algorithm>
 #include <cctype>
 
 namespace TNLJSON {
+
+namespace {
+
+// How deep the text nests arrays and objects, read without building anything: strings are
+// skipped with their escapes, so brackets inside them do not count. Stops counting past `limit`.
+size_t nestingDepth(std::string_view bytes, size_t limit) {
+  size_t depth = 0;
+  size_t deepest = 0;
+  bool inString = false;
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    const char c = bytes[i];
+    if (inString) {
+      if (c == '\\') {
+        ++i;
+      } else if (c == '"') {
+        inString = false;
+      }
+    } else if (c == '"') {
+      inString = true;
+    } else if (c == '[' || c == '{') {
+      deepest = std::max(deepest, ++depth);
+      if (deepest > limit) {
+        return deepest;
+      }
+    } else if ((c == ']' || c == '}') && depth > 0) {
+      --depth;
+    }
+  }
+  return deepest;
+}
+
+}  // namespace
 
 TNLJson parse(std::string_view bytes, TNLErrorPtr* error) {
   const auto fail = [&](const std::string& reason) {
@@ -12,6 +45,11 @@ TNLJson parse(std::string_view bytes, TNLErrorPtr* error) {
     }
     return TNLJson();
   };
+  // Copying, converting and printing a value recurse once per level: deeper text is refused
+  // before any of that happens.
+  if (nestingDepth(bytes, kMaxDepth) > kMaxDepth) {
+    return fail("JSON text nests deeper than " + std::to_string(kMaxDepth) + " levels.");
+  }
   TNLJson value = TNLJson::parse(bytes.begin(), bytes.end(), nullptr, false);
   if (value.is_discarded()) {
     return fail(

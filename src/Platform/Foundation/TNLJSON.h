@@ -13,9 +13,13 @@ using TNLJson = nlohmann::ordered_json;
 // Helpers that behave like the platform's JSON serialiser.
 namespace TNLJSON {
 
+// Arrays and objects nested deeper than this are a decoding error.
+inline constexpr size_t kMaxDepth = 256;
+
 // Decodes bytes whose top level is an object or an array. Anything else (a bare string, number,
-// literal, or text that is not JSON) is a decoding error of the general domain, code 3840; the
-// result is then null and `error` (when given) receives the error.
+// literal, text that is not JSON, or nesting deeper than kMaxDepth) is a decoding error of the
+// general domain, code 3840; the result is then null and `error` (when given) receives the
+// error.
 TNLJson parse(std::string_view bytes, TNLErrorPtr* error = nullptr);
 
 // Compact ("{"a":1}") or pretty-printed (indented, one member per line) text. Strings that are not

@@ -38,6 +38,11 @@ TEST(TNLFormat, MissingOrMismatchedArgumentsRaise) {
   EXPECT_THROW(TNLFormat("%s", 12), TNLFormatError);
   EXPECT_THROW(TNLFormat("trailing %"), TNLFormatError);
   EXPECT_THROW(TNLFormat("%k", 1), TNLFormatError);
+  // Widths and precisions are capped, however many digits a text brings.
+  EXPECT_EQ(TNLFormat("%4096d", 1).size(), 4096u);
+  EXPECT_THROW(TNLFormat("%4097d", 1), TNLFormatError);
+  EXPECT_THROW(TNLFormat("%.99999999999999999999f", 1.0), TNLFormatError);
+  EXPECT_THROW(TNLFormat("%2147483648s", "x"), TNLFormatError);
   // Extra arguments are ignored, as in C.
   EXPECT_EQ(TNLFormat("%@", 1, 2), "1");
 }

@@ -20,6 +20,24 @@ TEST(TNLJSON, ParsesOnlyObjectsAndArrays) {
   }
 }
 
+TEST(TNLJSON, RefusesNestingDeeperThanTheLimitBeforeBuildingAnything) {
+  const auto nested = [](size_t depth, const std::string& inside = "") {
+    return std::string(depth, '[') + inside + std::string(depth, ']');
+  };
+  const size_t limit = TNLJSON::kMaxDepth;
+  TNLErrorPtr error;
+  EXPECT_TRUE(TNLJSON::parse(nested(limit), &error).is_array());
+  // Brackets and escaped quotes inside strings are not nesting.
+  EXPECT_TRUE(TNLJSON::parse(nested(limit, R"("\"[[[[{{{{")"), &error).is_array());
+  EXPECT_EQ(error, nullptr);
+  for (const std::string& deep :
+       {nested(limit + 1), R"({"ad":)" + nested(1'000'000) + "}", std::string(1'000'000, '{')}) {
+    EXPECT_TRUE(TNLJSON::parse(deep, &error).is_null());
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->code(), TNLPropertyListReadCorruptError);
+  }
+}
+
 TEST(TNLJSON, KeepsDocumentOrderAndSerialisesCompactOrPretty) {
   const TNLJson value = TNLJSON::parse(R"({"z":1,"a":{"b":true}})");
   EXPECT_EQ(TNLJSON::serialize(value), R"({"z":1,"a":{"b":true}})");
