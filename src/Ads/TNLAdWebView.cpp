@@ -100,17 +100,7 @@ void TNLAdWebView::webViewDecidePolicyForNavigationActionDecisionHandler(
     // The main frame never leaves the creative; what it asked for goes to the bridge.
     if (webView.get() == this) {
       if (TNLStrings::hasPrefix(url, TNL_BRIDGE_CALLOUT)) {
-        std::optional<std::string> bridgeAction =
-            TNLStrings::replaceAll(url, TNL_BRIDGE_CALLOUT, "");
-        if (TNLStrings::contains(*bridgeAction, TNL_BRIDGE_OPEN_URL_ACT)) {
-          std::string decoded;
-          if (TNLStrings::percentDecode(*bridgeAction, decoded)) {
-            bridgeAction = std::move(decoded);
-          } else {
-            bridgeAction.reset();
-          }
-        }
-        bridge_->respondToBridgeAction(bridgeAction);
+        bridge_->respondToBridgeAction(TNLBridge::actionForURL(url));
       } else if (allowRedirect_) {
         bridge_->respondToBridgeAction(TNL_BRIDGE_OPEN_URL_ACT + url);
       }

@@ -79,6 +79,18 @@ float decimalPrefix(const std::string& text) {
 
 }  // namespace
 
+std::optional<std::string> TNLBridge::actionForURL(const std::string& url) {
+  std::string action = replaceAll(url, TNL_BRIDGE_CALLOUT, "");
+  if (!contains(action, TNL_BRIDGE_OPEN_URL_ACT)) {
+    return action;
+  }
+  std::string decoded;
+  if (!TNLStrings::percentDecode(action, decoded)) {
+    return std::nullopt;
+  }
+  return decoded;
+}
+
 void TNLBridge::respondToBridgeAction(const std::optional<std::string>& action) {
   try {
     // An open action whose decoding failed matches nothing.

@@ -14,6 +14,10 @@
 // matches because it contains "expand=". Unknown actions are ignored without a word. Main thread.
 class TNLBridge {
  public:
+  // The action a main-frame navigation to `url` (which begins with "bridge://") carries: every
+  // "bridge://" removed and, for an open action, the rest percent-decoded; none when that
+  // decoding fails.
+  static std::optional<std::string> actionForURL(const std::string& url);
   // Parses one action (the text after "bridge://"; none when the web view could not decode it)
   // and dispatches it.
   void respondToBridgeAction(const std::optional<std::string>& action);

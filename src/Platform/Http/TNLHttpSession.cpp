@@ -544,9 +544,25 @@ std::shared_ptr<TNLHttpSession> TNLHttpSession::create(Configuration configurati
   return session;
 }
 
+namespace {
+
+std::shared_ptr<TNLHttpSession>& replacementSession() {
+  static TNLNoDestructor<std::shared_ptr<TNLHttpSession>> session;
+  return *session;
+}
+
+}  // namespace
+
 std::shared_ptr<TNLHttpSession> TNLHttpSession::sharedSession() {
+  if (const auto& replacement = replacementSession()) {
+    return replacement;
+  }
   static const TNLNoDestructor<std::shared_ptr<TNLHttpSession>> session(create(Configuration{}));
   return *session;
+}
+
+void TNLHttpSession::replaceSharedSession(std::shared_ptr<TNLHttpSession> session) {
+  replacementSession() = std::move(session);
 }
 
 void TNLHttpSession::setLimits(const TNLNetworkLimits& limits) {

@@ -37,6 +37,9 @@ class TNLHttpSession {
 
   // The process-wide session.
   static std::shared_ptr<TNLHttpSession> sharedSession();
+  // Replaces the process-wide session, before any request is made; for fuzzing, where requests
+  // are answered from memory rather than the network.
+  static void replaceSharedSession(std::shared_ptr<TNLHttpSession> session);
   // A session of its own, with its own thread.
   static std::shared_ptr<TNLHttpSession> create(Configuration configuration);
 
