@@ -13,7 +13,7 @@ struct TNLNetworkLimits {
   std::size_t maxResponseBytes = 4 * 1024 * 1024;
   // Longest wait for the connection to be made (error -1001).
   std::chrono::milliseconds connectTimeout = std::chrono::seconds(10);
-  // Longest time without a single byte arriving, in whole seconds (error -1001).
+  // Longest time without a single byte arriving or leaving (error -1001).
   std::chrono::milliseconds stallTimeout = std::chrono::seconds(10);
   // Longest time for a whole request, from the moment it is started (waiting for a free
   // connection included) to its last byte (error -1001).

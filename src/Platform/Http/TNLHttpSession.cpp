@@ -123,6 +123,10 @@ struct Transfer {
   std::string body;
   std::string limitExceeded;
   char errorBuffer[CURL_ERROR_SIZE] = {};
+  // Bytes moved either way, and when that count last changed (unset until the transfer runs:
+  // waiting for a free connection is not a stall).
+  curl_off_t moved = -1;
+  std::chrono::steady_clock::time_point lastMoved;
 
   ~Transfer() { curl_slist_free_all(headers); }
   bool delivers() const { return atShutdown == TNLHttpSession::AtShutdown::deliver; }
@@ -142,25 +146,33 @@ size_t appendBody(char* data, size_t size, size_t count, void* userData) {
   return length;
 }
 
-long wholeSeconds(std::chrono::milliseconds duration) {
-  return std::max(1L, static_cast<long>((duration.count() + 999) / 1000));
+// curl's own low-speed check averages over whole seconds; this ends a transfer once no byte has
+// moved for the stall time-out, to the millisecond the progress calls allow (at least one a
+// second while idle).
+int checkStall(void* userData, curl_off_t, curl_off_t downloaded, curl_off_t, curl_off_t uploaded) {
+  auto* transfer = static_cast<Transfer*>(userData);
+  const auto now = std::chrono::steady_clock::now();
+  if (downloaded + uploaded != transfer->moved) {
+    transfer->moved = downloaded + uploaded;
+    transfer->lastMoved = now;
+    return 0;
+  }
+  if (now - transfer->lastMoved < transfer->limits.stallTimeout) {
+    return 0;
+  }
+  transfer->limitExceeded =
+      "no data for " + std::to_string(transfer->limits.stallTimeout.count()) + " ms";
+  return 1;
 }
 
-// Which wait ran out, for the log.
+// Which of curl's own waits ran out, for the log.
 std::string timeoutReason(CURL* easy, const TNLNetworkLimits& limits) {
   curl_off_t connected = 0;
-  curl_off_t total = 0;
   curl_easy_getinfo(easy, CURLINFO_CONNECT_TIME_T, &connected);
-  curl_easy_getinfo(easy, CURLINFO_TOTAL_TIME_T, &total);
-  const auto totalMs = std::chrono::milliseconds(limits.totalTimeout).count();
-  if (total / 1000 >= totalMs) {
-    return "not complete within " + std::to_string(totalMs) + " ms";
-  }
   if (connected == 0) {
-    return "no connection within " +
-           std::to_string(std::chrono::milliseconds(limits.connectTimeout).count()) + " ms";
+    return "no connection within " + std::to_string(limits.connectTimeout.count()) + " ms";
   }
-  return "no data for " + std::to_string(wholeSeconds(limits.stallTimeout)) + " s";
+  return "not complete within " + std::to_string(limits.totalTimeout.count()) + " ms";
 }
 
 // The part of a session that its thread uses; kept alive by the thread itself so that dropping
@@ -314,8 +326,14 @@ class Engine {
     curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS,
                      static_cast<long>(limits.connectTimeout.count()));
     curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(limits.totalTimeout.count()));
+    // A low-speed check that never fires first keeps curl waking an idle transfer every second,
+    // so that the progress call below runs.
     curl_easy_setopt(easy, CURLOPT_LOW_SPEED_LIMIT, 1L);
-    curl_easy_setopt(easy, CURLOPT_LOW_SPEED_TIME, wholeSeconds(limits.stallTimeout));
+    curl_easy_setopt(easy, CURLOPT_LOW_SPEED_TIME,
+                     static_cast<long>(limits.totalTimeout.count() / 1000 + 2));
+    curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L);
+    curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, checkStall);
+    curl_easy_setopt(easy, CURLOPT_XFERINFODATA, transfer.get());
     curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE,
                      static_cast<curl_off_t>(limits.maxResponseBytes));
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, appendBody);
@@ -370,7 +388,9 @@ class Engine {
       long osErrno = 0;
       curl_easy_getinfo(easy, CURLINFO_OS_ERRNO, &osErrno);
       long code = urlErrorCodeFor(result, osErrno);
-      if (!transfer->limitExceeded.empty() || result == CURLE_FILESIZE_EXCEEDED) {
+      if (result == CURLE_ABORTED_BY_CALLBACK) {
+        code = TNLURLError::TimedOut;
+      } else if (result == CURLE_WRITE_ERROR || result == CURLE_FILESIZE_EXCEEDED) {
         code = TNLURLError::DataLengthExceedsMaximum;
         transfer->limitExceeded = "the response body passed " +
                                   std::to_string(transfer->limits.maxResponseBytes) + " bytes";

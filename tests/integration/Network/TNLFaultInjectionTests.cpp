@@ -71,6 +71,13 @@ struct Attack {
   const char* logged;  // the one log line's reason, or null when no limit is involved
 };
 
+// Five bytes a second: never a second without data, never a whole body.
+TNLHostileServer::Route drip() {
+  TNLHostileServer::Route route(Behaviour::drip);
+  route.interval = 200ms;
+  return route;
+}
+
 std::vector<Attack> transportAttacks() {
   using Route = TNLHostileServer::Route;
   return {
@@ -80,8 +87,8 @@ std::vector<Attack> transportAttacks() {
        "the response body passed 1048576 bytes"},
       {"cut-off", Route{Behaviour::cutOff, R"({"creative_tag":"x"})"},
        TNLURLError::NetworkConnectionLost, nullptr},
-      {"drip", Route{Behaviour::drip}, TNLURLError::TimedOut, "not complete within 3000 ms"},
-      {"silent", Route{Behaviour::silent}, TNLURLError::TimedOut, "no data for 1 s"},
+      {"drip", drip(), TNLURLError::TimedOut, "not complete within 3000 ms"},
+      {"silent", Route{Behaviour::silent}, TNLURLError::TimedOut, "no data for 1000 ms"},
       {"redirect-loop", Route{Behaviour::redirectLoop}, TNLURLError::HTTPTooManyRedirects,
        "more than 5 redirects"},
   };
