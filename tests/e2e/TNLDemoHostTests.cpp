@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,6 +14,7 @@
 
 #include "Platform/Foundation/TNLJSON.h"
 #include "Platform/Foundation/TNLStrings.h"
+#include "support/TNLHostileServer.h"
 #include "support/TNLTestServer.h"
 
 namespace {
@@ -87,44 +89,72 @@ std::string creative(bool rewarded) {
          "};</script></body></html>";
 }
 
-TEST(DemoHost, AnotherAdServiceIsUsedAsItIs) {
-  TNLTestServer server;
-  const TNLJson manifest = {
-      {"ttl", 600},
-      {"monitoring",
-       {{"method", "GET"},
-        {"baseuri", server.baseURL()},
-        {"uri_content", "/monitor?e=%EVENT_NAME%"}}},
-      {"demandsources",
-       {{"demandsource",
-         {{{"source", "only"}, {"rank", 0}, {"url", server.url("/ads?z=%ZONE%&p=%PRODUCT%")}}}}}},
-      {"vast_template_uri", server.url("/template.html")}};
-  server.on("POST", "/v4/manifest/other-app", Response::json(TNLJSON::serialize(manifest)));
-  server.on("GET", "/ads", [&](const TNLTestServer::Request& request) {
-    if (request.query.find("p=2") != std::string::npos) {
-      return Response::xml(
-          "<VAST version=\"3.0\"><Ad><InLine><AdSystem>t</AdSystem><AdTitle>t</AdTitle><Creatives>"
-          "<Creative><Linear><MediaFiles><MediaFile type=\"video/mp4\" delivery=\"progressive\">" +
-          server.url("/clip.mp4") +
-          "</MediaFile></MediaFiles></Linear></Creative></Creatives>"
-          "</InLine></Ad></VAST>");
-    }
-    const bool banner = request.query.find("p=3") != std::string::npos;
-    return Response::json(TNLJSON::serialize(
-        {{"creative_tag", server.url(banner ? "/banner.html" : "/interstitial.html")}}));
-  });
-  server.on("GET", "/interstitial.html", Response(200, creative(false), "text/html"));
-  server.on("GET", "/banner.html", Response(200, creative(false), "text/html"));
-  server.on("GET", "/template.html", Response(200, creative(true), "text/html"));
-  server.on("GET", "/monitor", Response(204));
+// An ad service of the test's own: one source for every format (VAST for rewarded), creatives
+// that close themselves, and a monitoring endpoint that answers after `monitorDelay`.
+struct OtherService {
+  explicit OtherService(std::chrono::milliseconds monitorDelay = {}) {
+    server.on("GET", "/ads", [this](const TNLTestServer::Request& request) {
+      if (request.query.find("p=2") != std::string::npos) {
+        return Response::xml(
+            "<VAST version=\"3.0\"><Ad><InLine><AdSystem>t</AdSystem><AdTitle>t</AdTitle>"
+            "<Creatives><Creative><Linear><MediaFiles><MediaFile type=\"video/mp4\" "
+            "delivery=\"progressive\">" +
+            server.url("/clip.mp4") +
+            "</MediaFile></MediaFiles></Linear></Creative></Creatives></InLine></Ad></VAST>");
+      }
+      const bool banner = request.query.find("p=3") != std::string::npos;
+      return Response::json(TNLJSON::serialize(
+          {{"creative_tag", server.url(banner ? "/banner.html" : "/interstitial.html")}}));
+    });
+    server.on("GET", "/interstitial.html", Response(200, creative(false), "text/html"));
+    server.on("GET", "/banner.html", Response(200, creative(false), "text/html"));
+    server.on("GET", "/template.html", Response(200, creative(true), "text/html"));
+    server.on("GET", "/monitor", Response(204).after(monitorDelay));
+    publish({server.url("/ads")});
+  }
 
-  const DemoRun run =
-      runDemo("--timeout 60 --app-id other-app --zone Z9 --manifest-base " + server.baseURL());
+  // The waterfall: one source per URL, in rank order.
+  void publish(const std::vector<std::string>& sources) {
+    TNLJson list = TNLJson::array();
+    for (const auto& url : sources) {
+      list.push_back(
+          {{"source", url}, {"rank", list.size()}, {"url", url + "?z=%ZONE%&p=%PRODUCT%"}});
+    }
+    const TNLJson manifest = {{"ttl", 600},
+                              {"monitoring",
+                               {{"method", "GET"},
+                                {"baseuri", server.baseURL()},
+                                {"uri_content", "/monitor?e=%EVENT_NAME%"}}},
+                              {"demandsources", {{"demandsource", list}}},
+                              {"vast_template_uri", server.url("/template.html")}};
+    server.on("POST", "/v4/manifest/other-app", Response::json(TNLJSON::serialize(manifest)));
+  }
+
+  DemoRun run(const std::string& arguments = "") {
+    return runDemo("--timeout 60 --app-id other-app --zone Z9 --manifest-base " + server.baseURL() +
+                   " " + arguments);
+  }
+
+  Lines events() const {
+    Lines names;
+    for (const auto& request : server.requestsTo("/monitor")) {
+      names.push_back(request.query.substr(2));
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  TNLTestServer server;
+};
+
+TEST(DemoHost, AnotherAdServiceIsUsedAsItIs) {
+  OtherService service;
+  const DemoRun run = service.run();
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_EQ(run.lines, allFormats("Z9"));
 
   // The manifest request: the application's path and the device description.
-  const auto manifests = server.requestsTo("/v4/manifest/other-app");
+  const auto manifests = service.server.requestsTo("/v4/manifest/other-app");
   ASSERT_FALSE(manifests.empty());
   EXPECT_EQ(manifests[0].method, "POST");
   const TNLJson body = TNLJSON::parse(manifests[0].body);
@@ -135,19 +165,77 @@ TEST(DemoHost, AnotherAdServiceIsUsedAsItIs) {
 
   // One ad request per format, with its product code, and each creative fetched.
   Lines queries;
-  for (const auto& request : server.requestsTo("/ads")) {
+  for (const auto& request : service.server.requestsTo("/ads")) {
     queries.push_back(request.query);
   }
   EXPECT_EQ(queries, (Lines{"z=Z9&p=1", "z=Z9&p=2", "z=Z9&p=3"}));
   for (const char* page : {"/interstitial.html", "/template.html", "/banner.html"}) {
-    EXPECT_EQ(server.requestsTo(page).size(), 1u) << page;
+    EXPECT_EQ(service.server.requestsTo(page).size(), 1u) << page;
   }
-  Lines events;
-  for (const auto& request : server.requestsTo("/monitor")) {
-    events.push_back(request.query);
+}
+
+// The host exits right after the last close, and the monitoring server takes a second to answer
+// each tracker: every one still arrives, the last close included. (The first load's
+// OnAdRequested and both OnManifestLoaded of the first two fetches go before the trackers have
+// their monitoring section, and are dropped by design.)
+TEST(DemoHost, EveryTrackerReachesASlowMonitoringServerBeforeTheHostExits) {
+  struct Case {
+    std::string arguments;
+    Lines events;
+  };
+  const Case cases[] = {
+      {"",
+       {"OnAdClosed", "OnAdClosed", "OnAdClosed", "OnAdReady", "OnAdReady", "OnAdRequested",
+        "OnAdRequested", "OnAdReturned", "OnAdReturned", "OnAdReturned", "OnAdRewarded",
+        "OnAdShowing", "OnAdShowing", "OnAdShowing"}},
+      {"--format interstitial", {"OnAdClosed", "OnAdReady", "OnAdReturned", "OnAdShowing"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.arguments);
+    OtherService service(std::chrono::seconds(1));
+    EXPECT_EQ(service.run(c.arguments).exitCode, 0);
+    EXPECT_EQ(service.events(), c.events);
   }
-  EXPECT_EQ(std::count(events.begin(), events.end(), "e=OnAdClosed"), 3);
-  EXPECT_EQ(std::count(events.begin(), events.end(), "e=OnAdRewarded"), 1);
+}
+
+// Sources that send an endless body, a gzip bomb, JSON nested a million deep and a VAST entity
+// fan-out come first: each fails like any failed source, and every format still shows from the
+// good one, in a host that never grows past a few hundred megabytes.
+TEST(DemoHost, HostileSourcesAheadOfAGoodOneCostLittleMemory) {
+  OtherService service;
+  TNLHostileServer hostile;
+  using Behaviour = TNLHostileServer::Behaviour;
+  std::string references;
+  for (int i = 0; i < 20'000; ++i) {
+    references += "&e;";
+  }
+  hostile.on("/endless", {Behaviour::endlessBody});
+  hostile.on("/gzip-bomb", {Behaviour::gzipBomb});
+  hostile.on("/deep-json",
+             {Behaviour::body, R"({"creative_tag":")" + service.server.url("/interstitial.html") +
+                                   R"(","deep":)" + std::string(1'000'000, '[') +
+                                   std::string(1'000'000, ']') + "}"});
+  hostile.on("/entities",
+             {Behaviour::body,
+              R"(<!DOCTYPE VAST [<!ENTITY e ")" + std::string(60'000, 'A') +
+                  R"(">]><VAST version="3.0"><Ad><InLine><Creatives><Creative><Linear>)"
+                  R"(<MediaFiles><MediaFile type="video/mp4">)" +
+                  references +
+                  "</MediaFile></MediaFiles></Linear></Creative></Creatives>"
+                  "</InLine></Ad></VAST>",
+              "application/xml"});
+  service.publish({hostile.url("/endless"), hostile.url("/gzip-bomb"), hostile.url("/deep-json"),
+                   hostile.url("/entities"), service.server.url("/ads")});
+
+  const DemoRun run = service.run();
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.lines, allFormats("Z9"));
+  for (const char* path : {"/endless", "/gzip-bomb", "/deep-json", "/entities"}) {
+    EXPECT_EQ(hostile.requestsTo(path), 3u) << path;
+  }
+  rusage children{};
+  getrusage(RUSAGE_CHILDREN, &children);
+  EXPECT_LT(children.ru_maxrss / 1024, 250) << "peak resident MB of the demo host";
 }
 
 }  // namespace
