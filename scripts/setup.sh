@@ -15,7 +15,7 @@ packages=(
   # loopback servers in tests and the demo
   libcpp-httplib-dev
   # headless display for web tests and the demo; synthesised pointer input in the e2e tests
-  xvfb xauth libxtst-dev
+  xvfb xauth libxtst-dev libxrandr-dev
   # runtime for the sanitizer presets
   libclang-rt-14-dev
 )

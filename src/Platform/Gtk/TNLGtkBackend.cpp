@@ -1,5 +1,6 @@
 #include "Platform/Gtk/TNLGtkBackend.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "Platform/Foundation/TNLMainQueue.h"
@@ -26,7 +27,7 @@ constexpr double kFallbackHeight = 667.0;
 // A cover that never maps (its display went away) still ends its transition.
 constexpr guint kMapTimeoutMilliseconds = 2000;
 
-GdkMonitor* mainMonitor() {
+GdkMonitor* primaryMonitor() {
   GdkDisplay* display = gdk_display_get_default();
   if (!display) {
     return nullptr;
@@ -74,18 +75,28 @@ TNLGtkBackend::TNLGtkBackend() {
 TNLGtkBackend::~TNLGtkBackend() = default;
 
 TNLRect TNLGtkBackend::mainScreenBounds() const {
-  GdkMonitor* monitor = mainMonitor();
-  if (!monitor) {
+  GdkDisplay* display = gdk_display_get_default();
+  const int monitors = display ? gdk_display_get_n_monitors(display) : 0;
+  if (monitors == 0) {
     return {0.0, 0.0, kFallbackWidth, kFallbackHeight};
   }
-  GdkRectangle geometry;
-  gdk_monitor_get_geometry(monitor, &geometry);
+  // The desktop: from the origin of the coordinates that windows are placed in, out to the far
+  // edges of every monitor. Window frames and views are in that space, so an ad on any monitor
+  // lies on the screen (the primary monitor alone would leave a second one outside it).
+  int right = 0;
+  int bottom = 0;
+  for (int i = 0; i < monitors; ++i) {
+    GdkRectangle geometry;
+    gdk_monitor_get_geometry(gdk_display_get_monitor(display, i), &geometry);
+    right = std::max(right, geometry.x + geometry.width);
+    bottom = std::max(bottom, geometry.y + geometry.height);
+  }
   // Points: GDK's geometry is in application pixels, which the scale factor turns into pixels.
-  return {0.0, 0.0, static_cast<double>(geometry.width), static_cast<double>(geometry.height)};
+  return {0.0, 0.0, static_cast<double>(right), static_cast<double>(bottom)};
 }
 
 double TNLGtkBackend::mainScreenScale() const {
-  GdkMonitor* monitor = mainMonitor();
+  GdkMonitor* monitor = primaryMonitor();
   return monitor ? static_cast<double>(gdk_monitor_get_scale_factor(monitor)) : 1.0;
 }
 
