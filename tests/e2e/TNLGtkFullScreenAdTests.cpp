@@ -221,6 +221,30 @@ TEST_F(FullScreenAdTest, IframeNavigationsAreAllowedAndOnlyTheCreativesOwnBridge
                    TNL_ADREADY_TRACKER, TNL_ADSHOWING_TRACKER, TNL_ADCLOSED_TRACKER}));
 }
 
+TEST_F(FullScreenAdTest, ACloseWhileTheBrowserIsOpenTakesTheAdAwayWithIt) {
+  server.on("GET", "/landing", Response(200, "<h1>Landing</h1>", "text/html"));
+  // The creative opens the advertiser's page, and closes as soon as the browser covers it.
+  serveCreative("<h1>Ad</h1>", R"JS(
+    on('receivePayload', () =>
+        bridge('open?url=' + encodeURIComponent(location.origin + '/landing')));
+    on('ZENKO.isAdVisible', (visible) => { if (!visible) bridge('close'); });
+  )JS");
+
+  TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
+  TNLInterstitialAd::loadInterstitialAdForZone("C");
+  ASSERT_TRUE(screen->waitForCall("interstitial ready C @http"));
+  TNLInterstitialAd::showInterstitialAdForZone("C");
+  const auto controller = shownAd();
+  ASSERT_NE(controller, nullptr);
+  ASSERT_TRUE(screen->waitForCall("interstitial closed C @main"));
+  // The ad goes with the browser over it: the host's own screen is what remains.
+  EXPECT_TRUE(waitUntilDismissed());
+  EXPECT_EQ(controller->presentedViewController(), nullptr);
+  settle(300ms);
+  EXPECT_FALSE(gtk_widget_get_mapped(gtk_widget_get_toplevel(widgetOf(controller->view()))));
+  EXPECT_EQ(screen->calls(), (Names{"interstitial ready C @http", "interstitial closed C @main"}));
+}
+
 TEST_F(FullScreenAdTest, ACreativeThatOptsInToDisplayMeasurementHearsItsSessionFromTheSDK) {
   // The creative opts in once it has its payload and closes once its session has started.
   serveCreative("<h1>Measured</h1>", R"JS(
