@@ -12,11 +12,14 @@
 
 #include "Ads/FullScreenAds/TNLFSAdHandler.h"
 #include "Ads/FullScreenAds/TNLFSAdViewController.h"
+#include "Ads/Macros/TNLUrlParser.h"
 #include "Ads/TNLAd.h"
 #include "Ads/TNLAdWebView.h"
 #include "Ads/TNLClickOutViewController.h"
 #include "Platform/Foundation/TNLJSON.h"
 #include "TNLOMHandler.h"
+#include "TarnelAd/TNLDeviceFacts.h"
+#include "TarnelAd/TNLSetup.h"
 #include "TarnelAd/TarnelAd.h"
 #include "e2e/TNLCreativeTestSupport.h"
 #include "e2e/TNLGtkTestSupport.h"
@@ -243,6 +246,24 @@ TEST_F(FullScreenAdTest, ACloseWhileTheBrowserIsOpenTakesTheAdAwayWithIt) {
   settle(300ms);
   EXPECT_FALSE(gtk_widget_get_mapped(gtk_widget_get_toplevel(widgetOf(controller->view()))));
   EXPECT_EQ(screen->calls(), (Names{"interstitial ready C @http", "interstitial closed C @main"}));
+}
+
+TEST_F(FullScreenAdTest, ACreativeInALandscapeWindowOnALandscapeScreenIsToldLandscape) {
+  // The tests' display is 1280 x 1024; the host's window turns to 640 x 480.
+  gtk_window_resize(GTK_WINDOW(hostWindow), 640, 480);
+  ASSERT_TRUE(waitFor([&] { return window->frame().size == TNLSize{640.0, 480.0}; }));
+  serveCreative("<h1>Ad</h1>", "on('receivePayload', () => bridge('deviceData'));");
+
+  TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
+  TNLInterstitialAd::loadInterstitialAdForZone("L");
+  ASSERT_TRUE(screen->waitForCall("interstitial ready L @http"));
+  TNLInterstitialAd::showInterstitialAdForZone("L");
+  ASSERT_NE(shownAd(), nullptr);
+  ASSERT_TRUE(reports.waitFor("ZENKO.onDeviceData"));
+  EXPECT_EQ(reports.named("ZENKO.onDeviceData")[0].args[0]["orientation"], 2);
+  // The device-orientation macro, on the device facts of the Linux machine.
+  TNLSetup::setDeviceFacts(TNLDeviceFacts::linuxFacts());
+  EXPECT_EQ(TNLUrlParser().createOrientationString(), "landscape");
 }
 
 TEST_F(FullScreenAdTest, ACreativeThatOptsInToDisplayMeasurementHearsItsSessionFromTheSDK) {

@@ -13,6 +13,7 @@
 #include "Platform/Gtk/TNLGtkScrollViewPeer.h"
 #include "Platform/Gtk/TNLGtkWebEngine.h"
 #include "Platform/Gtk/TNLGtkWindowPeer.h"
+#include "TarnelAd/Toolkit/TNLApplication.h"
 #include "TarnelAd/Toolkit/TNLScreen.h"
 #include "TarnelAd/Toolkit/TNLView.h"
 #include "TarnelAd/Toolkit/TNLViewController.h"
@@ -105,6 +106,22 @@ void TNLGtkBackend::monitorsChanged(GdkScreen* /*screen*/, gpointer self) {
   const auto screen = TNLScreen::mainScreen();
   screen->setBounds(backend->mainScreenBounds());
   screen->setScale(backend->mainScreenScale());
+  updateOrientations();
+}
+
+void TNLGtkBackend::updateOrientations() {
+  // A desktop does not turn: the screen is landscape when it is wider than tall, and the
+  // application's interface takes the orientation of its key window (the screen's without one).
+  const TNLSize screen = TNLScreen::mainScreen()->bounds().size;
+  const auto application = TNLApplication::sharedApplication();
+  application->setDeviceOrientation(screen.width > screen.height
+                                        ? TNLDeviceOrientation::landscapeLeft
+                                        : TNLDeviceOrientation::portrait);
+  const auto keyWindow = application->keyWindow();
+  const TNLSize interface = keyWindow ? keyWindow->frame().size : screen;
+  application->setStatusBarOrientation(interface.width > interface.height
+                                           ? TNLInterfaceOrientation::landscapeRight
+                                           : TNLInterfaceOrientation::portrait);
 }
 
 std::shared_ptr<TNLViewPeer> TNLGtkBackend::createViewPeer(const std::shared_ptr<TNLView>& view) {
