@@ -38,6 +38,31 @@ TNLWebViewConfiguration creativeConfiguration() {
   return configuration;
 }
 
+// Runs a script in the page of `webView` and returns its result as a string.
+std::string evaluateIn(const std::shared_ptr<TNLWebView>& webView, const std::string& script) {
+  struct Result {
+    bool done = false;
+    std::string value;
+  } result;
+  webkit_web_view_evaluate_javascript(
+      TNLGtkWebEngine::of(webView)->webKitView(), script.c_str(), -1, nullptr, nullptr, nullptr,
+      [](GObject* view, GAsyncResult* async, gpointer data) {
+        auto* out = static_cast<Result*>(data);
+        JSCValue* value =
+            webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), async, nullptr);
+        if (value) {
+          char* text = jsc_value_to_string(value);
+          out->value = text;
+          g_free(text);
+          g_object_unref(value);
+        }
+        out->done = true;
+      },
+      &result);
+  waitFor([&] { return result.done; });
+  return result.value;
+}
+
 class WebViewTest : public GtkTest {
  protected:
   void SetUp() override {
@@ -70,30 +95,7 @@ class WebViewTest : public GtkTest {
     return waitFor([&] { return !server.requestsTo(path).empty(); });
   }
 
-  // Runs a script in the page and returns its result as a string.
-  std::string evaluate(const std::string& script) {
-    struct Result {
-      bool done = false;
-      std::string value;
-    } result;
-    webkit_web_view_evaluate_javascript(
-        TNLGtkWebEngine::of(webView)->webKitView(), script.c_str(), -1, nullptr, nullptr, nullptr,
-        [](GObject* view, GAsyncResult* async, gpointer data) {
-          auto* out = static_cast<Result*>(data);
-          JSCValue* value =
-              webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), async, nullptr);
-          if (value) {
-            char* text = jsc_value_to_string(value);
-            out->value = text;
-            g_free(text);
-            g_object_unref(value);
-          }
-          out->done = true;
-        },
-        &result);
-    waitFor([&] { return result.done; });
-    return result.value;
-  }
+  std::string evaluate(const std::string& script) { return evaluateIn(webView, script); }
 
   TNLTestServer server;
   std::shared_ptr<TNLWindow> window;
@@ -397,7 +399,8 @@ class CreativeFramesTest : public GtkTest {
     auto ad = std::make_shared<TNLAd>("html", server.url("/creative.html"), TNLJson::object(),
                                       TNLJson::object(), TNLJson::object(), TNLJson::object(),
                                       TNLJson::object(), TNLJson::object());
-    ad->setHtml("<body>" + body + "</body>");
+    // As creatives are written: the frame policy goes after the doctype, in standards mode.
+    ad->setHtml("<!DOCTYPE html>\n<!-- creative -->\n<html><body>" + body + "</body></html>");
     journal->calls.clear();
     auto adView = TNLAdWebView::create();
     adView->bridge()->setDelegate(journal);
@@ -442,6 +445,9 @@ TEST_F(CreativeFramesTest, NoFrameActsForTheCreativeWhileTheCreativeItselfIsHear
   const std::vector<Case> cases = {
       {"a same-origin frame's script navigates its frame",
        R"(<iframe src="{SAME}/act.html#reward"></iframe>)"},
+      {"a srcdoc frame's script navigates its frame",
+       R"(<iframe srcdoc="<script>navigator.sendBeacon('/tried');
+           location.href = 'bridge://reward';</script>"></iframe>)"},
       {"a cross-origin frame's script navigates its frame",
        R"(<iframe src="{OTHER}/act.html#close"></iframe>)"},
       {"the page sets a same-origin frame's location",
@@ -477,6 +483,7 @@ TEST_F(CreativeFramesTest, NoFrameActsForTheCreativeWhileTheCreativeItselfIsHear
     SCOPED_TRACE(c.what);
     const size_t tries = server.requestsTo("/tried").size();
     const auto adView = show(c.body);
+    ASSERT_EQ(evaluateIn(adView, "document.compatMode"), "CSS1Compat");
     ASSERT_TRUE(waitFor([&] { return server.requestsTo("/tried").size() > tries; }));
     settle(300ms);
     adView->evaluateJavaScript("location.href = 'bridge://reward'");
