@@ -15,7 +15,7 @@ packages=(
   # loopback servers in tests and the demo (zlib for the compressed answers of hostile ones)
   libcpp-httplib-dev zlib1g-dev
   # headless display for web tests and the demo; synthesised pointer input in the e2e tests
-  xvfb xauth libxtst-dev
+  xvfb xauth libxtst-dev libxrandr-dev
   # runtime for the sanitizer presets
   libclang-rt-14-dev
 )

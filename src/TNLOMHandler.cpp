@@ -105,7 +105,7 @@ void TNLOMHandler::destroyOMIDSessionForWebView(const std::shared_ptr<TNLWebView
         kSessionTearDownDelay, false,
         [weakSelf = std::weak_ptr<TNLOMHandler>(sharedHandler()), key, session] {
           if (const auto self = weakSelf.lock()) {
-            self->removeSessionForKey(key);
+            self->removeSession(key, session);
           }
         });
   } catch (const std::exception& error) {
@@ -121,15 +121,21 @@ std::shared_ptr<OMIDTarnelAdSession> TNLOMHandler::sessionForWebView(
   return found == omidSessions_.end() ? nullptr : found->second;
 }
 
-void TNLOMHandler::removeSessionForKey(const std::string& key) {
+void TNLOMHandler::removeSession(const std::string& key,
+                                 const std::shared_ptr<OMIDTarnelAdSession>& finished) {
   std::shared_ptr<OMIDTarnelAdSession> session;
   std::shared_ptr<TNLWebView> webView;
   {
     std::lock_guard lock(mutex_);
-    if (const auto found = omidSessions_.find(key); found != omidSessions_.end()) {
-      session = std::move(found->second);
-      omidSessions_.erase(found);
+    const auto found = omidSessions_.find(key);
+    // Only the finished session goes: a second destroy schedules a second removal, and by then
+    // the key may name a newer session (the same web view opted in again, or another web view
+    // at the same address), which must stay filed.
+    if (found == omidSessions_.end() || found->second != finished) {
+      return;
     }
+    session = std::move(found->second);
+    omidSessions_.erase(found);
     if (const auto found = webviews_.find(key); found != webviews_.end()) {
       webView = std::move(found->second);
       webviews_.erase(found);

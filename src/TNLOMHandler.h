@@ -46,7 +46,7 @@ class TNLOMHandler {
   TNLOMHandler();
 
   std::shared_ptr<OMIDTarnelAdSession> sessionForWebView(const TNLWebView& webView) const;
-  void removeSessionForKey(const std::string& key);
+  void removeSession(const std::string& key, const std::shared_ptr<OMIDTarnelAdSession>& finished);
 
   const bool sdkStarted_;
   const std::shared_ptr<OMIDTarnelPartner> partner_;

@@ -19,6 +19,16 @@ std::optional<std::string> stringMember(const TNLJson& object, const char* key) 
   return value->is_string() ? value->get<std::string>() : TNLJSON::serialize(*value);
 }
 
+// The creative tag is an address: only a string is one (a number or an object is no tag, rather
+// than its JSON text).
+std::optional<std::string> creativeTagMember(const TNLJson& object) {
+  const TNLJson* value = TNLJSON::member(object, TNL_ADCREATIVETAG_KEY);
+  if (value == nullptr || !value->is_string()) {
+    return std::nullopt;
+  }
+  return value->get<std::string>();
+}
+
 TNLJson objectMember(const TNLJson& object, const char* key) {
   const TNLJson* value = TNLJSON::member(object, key);
   return value == nullptr ? TNLJson() : *value;
@@ -35,7 +45,7 @@ std::shared_ptr<TNLAd> TNLAdFactory::generateAdFromDictionary(const TNLJson& dic
     completeAd[TNL_SDKVARS_KEY] = parseMacroDictionaryIntoSDKVars(TNLMacros::sharedMacroDict());
     completeAd[TNL_SDKNAME_KEY] = TNL_SDKNAME;
     return std::make_shared<TNLAd>(
-        stringMember(dictionary, TNL_SDKTYPE_KEY), stringMember(dictionary, TNL_ADCREATIVETAG_KEY),
+        stringMember(dictionary, TNL_SDKTYPE_KEY), creativeTagMember(dictionary),
         objectMember(dictionary, TNL_ADASSETS_KEY), objectMember(dictionary, TNL_ADCOPY_KEY),
         objectMember(dictionary, TNL_ADFLAGS_KEY), objectMember(dictionary, TNL_ADTRACKERS_KEY),
         objectMember(dictionary, TNL_ADPAYLOAD_KEY), std::move(completeAd));

@@ -54,11 +54,11 @@ std::shared_ptr<TNLAdWebView> TNLAdWebView::loadAd(const std::shared_ptr<TNLAd>&
   const auto self = std::static_pointer_cast<TNLAdWebView>(shared_from_this());
   TNLMainQueue::async([self, ad] {
     self->loadedAd_ = ad;
-    std::optional<std::string> baseURL;
+    self->baseURL_.reset();
     if (ad && ad->creativeTag()) {
-      baseURL = TNLURLRequest::parseURL(*ad->creativeTag());
+      self->baseURL_ = TNLURLRequest::parseURL(*ad->creativeTag());
     }
-    self->loadHTMLString(ad ? ad->html().value_or("") : "", baseURL);
+    self->loadHTMLString(ad ? ad->html().value_or("") : "", self->baseURL_);
   });
   return self;
 }
@@ -86,8 +86,9 @@ void TNLAdWebView::webViewDecidePolicyForNavigationActionDecisionHandler(
   try {
     const std::string& url = action.requestURL();
     TNLPlatformLog(TNLFormat("URL String: %@", url));
-    // The creative's own page.
-    if (loadedAd_ && loadedAd_->creativeTag() == url) {
+    // The creative's own page: its tag, or the address the tag was read as (escaped where the tag
+    // has blanks or other characters an address cannot carry), which the page loads from.
+    if (loadedAd_ && (loadedAd_->creativeTag() == url || baseURL_ == url)) {
       decisionHandler(TNLNavigationActionPolicy::allow);
       return;
     }

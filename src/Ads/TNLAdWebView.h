@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "Ads/TNLBridge.h"
@@ -67,4 +68,6 @@ class TNLAdWebView : public TNLWebView, public TNLNavigationDelegate {
   bool scrollInitialized_ = false;
   std::shared_ptr<TNLBridge> bridge_;
   std::shared_ptr<TNLAd> loadedAd_;
+  // The base URL the loaded ad's page was given.
+  std::optional<std::string> baseURL_;
 };

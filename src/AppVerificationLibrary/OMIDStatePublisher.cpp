@@ -7,13 +7,17 @@
 #include "AppVerificationLibrary/OMIDAdSessionStatePublisher.h"
 #include "AppVerificationLibrary/OMIDCommand.h"
 #include "AppVerificationLibrary/OMIDDictionaryUtil.h"
+#include "AppVerificationLibrary/OMIDEventFilter.h"
 #include "Platform/Foundation/TNLMainQueue.h"
 #include "Platform/Foundation/TNLSerialQueue.h"
 
 namespace {
 
-bool contains(const std::vector<std::string>& ids, const std::string& id) {
-  return std::find(ids.begin(), ids.end(), id) != ids.end();
+// A session the walk was for that has not finished since: a state walked before the finish
+// reaches the main loop after it, and nothing may follow "finishSession".
+bool isStillMeasured(const OMIDTarnelAdSession& session, const std::vector<std::string>& ids) {
+  return std::find(ids.begin(), ids.end(), session.identifier()) != ids.end() &&
+         !session.eventFilter()->isFinalEventAccepted();
 }
 
 }  // namespace
@@ -38,7 +42,7 @@ void OMIDTarnelStatePublisher::publishState(TNLJson state, std::vector<std::stri
     TNLMainQueue::async(
         [self, command = std::move(command), sessionIds = std::move(sessionIds), timestamp] {
           for (const auto& session : self->registry_->activeAdSessions()) {
-            if (contains(sessionIds, session->identifier())) {
+            if (isStillMeasured(*session, sessionIds)) {
               session->setLastPublishedViewStateWasPopulated(true);
               session->statePublisher()->publishNativeViewStateWithCommand(command, timestamp);
             }
@@ -53,8 +57,7 @@ void OMIDTarnelStatePublisher::publishEmptyStateToSessions(std::vector<std::stri
     const std::string command =
         OMIDTarnelCommand::nativeViewHierarchyCommand(OMIDTarnelDictionaryUtil::emptyState());
     for (const auto& session : registry->activeAdSessions()) {
-      if (contains(sessionIds, session->identifier()) &&
-          session->lastPublishedViewStateWasPopulated()) {
+      if (isStillMeasured(*session, sessionIds) && session->lastPublishedViewStateWasPopulated()) {
         session->setLastPublishedViewStateWasPopulated(false);
         session->statePublisher()->publishEmptyNativeViewStateWithCommand(command, timestamp);
       }

@@ -11,6 +11,7 @@
 #include "TNLLog.h"
 #include "TNLNetworkClient.h"
 #include "TarnelAd/TNLConstants.h"
+#include "TarnelAd/TNLSetup.h"
 
 namespace {
 
@@ -46,7 +47,8 @@ long majorVersion(const std::string& version) {
 void TNLManifestClient::getManifestWithSuccess(Success success, Failure failure) const {
   try {
     const auto appID = lookup(TNLMacros::sharedMacroDict(), TNL_APPID_MACRO);
-    const std::string url = TNLFormat(TNL_MANIFESTURL(), appID);
+    // Only the path is a format: the base URL is an address and may carry escapes ("%20").
+    const std::string url = TNLSetup::manifestBaseURL() + TNLFormat(TNL_MANIFESTPATH, appID);
     const auto body = createManifestBody();
     TNLNetworkClient::makeJSONRequestWithURL(
         url, POST_METHOD, body,

@@ -12,11 +12,14 @@
 
 #include "Ads/FullScreenAds/TNLFSAdHandler.h"
 #include "Ads/FullScreenAds/TNLFSAdViewController.h"
+#include "Ads/Macros/TNLUrlParser.h"
 #include "Ads/TNLAd.h"
 #include "Ads/TNLAdWebView.h"
 #include "Ads/TNLClickOutViewController.h"
 #include "Platform/Foundation/TNLJSON.h"
 #include "TNLOMHandler.h"
+#include "TarnelAd/TNLDeviceFacts.h"
+#include "TarnelAd/TNLSetup.h"
 #include "TarnelAd/TarnelAd.h"
 #include "e2e/TNLCreativeTestSupport.h"
 #include "e2e/TNLGtkTestSupport.h"
@@ -169,56 +172,46 @@ TEST_F(FullScreenAdTest, ARewardedAdRunsFromLoadToCloseAndItsPageHearsTheLibrary
                    TNL_ADCLOSED_TRACKER}));
 }
 
-TEST_F(FullScreenAdTest, IframeNavigationsAreAllowedAndOnlyTheCreativesOwnBridgeCallCloses) {
-  TNLLogCapture log;
-  server.on("GET", "/frame.html",
-            Response(200, "<script>fetch('/frame-ran')</script>", "text/html"));
-  server.on("GET", "/frame-ran", Response(204));
-  // A third-party frame, and two frames whose source is a bridge URL: one from the markup and
-  // one from the script. The creative's close button is a link to the bridge.
-  serveCreative(R"HTML(
-      <iframe src="/frame.html"></iframe>
-      <iframe src="bridge://close"></iframe>
-      <a href="bridge://close"
-         style="position:absolute;top:0;right:0;width:80px;height:80px;background:#c00"></a>)HTML",
-                R"JS(
-    const inserted = document.createElement('iframe');
-    inserted.src = 'bridge://close';
-    document.body.appendChild(inserted);
-    on('receivePayload', () => bridge('deviceData'));
+TEST_F(FullScreenAdTest, ACloseWhileTheBrowserIsOpenTakesTheAdAwayWithIt) {
+  server.on("GET", "/landing", Response(200, "<h1>Landing</h1>", "text/html"));
+  // The creative opens the advertiser's page, and closes as soon as the browser covers it.
+  serveCreative("<h1>Ad</h1>", R"JS(
+    on('receivePayload', () =>
+        bridge('open?url=' + encodeURIComponent(location.origin + '/landing')));
+    on('ZENKO.isAdVisible', (visible) => { if (!visible) bridge('close'); });
   )JS");
 
   TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
-  TNLInterstitialAd::loadInterstitialAdForZone("F");
-  ASSERT_TRUE(screen->waitForCall("interstitial ready F @http"));
-  ASSERT_TRUE(service.waitForEvents(4));
-  TNLInterstitialAd::showInterstitialAdForZone("F");
+  TNLInterstitialAd::loadInterstitialAdForZone("C");
+  ASSERT_TRUE(screen->waitForCall("interstitial ready C @http"));
+  TNLInterstitialAd::showInterstitialAdForZone("C");
   const auto controller = shownAd();
   ASSERT_NE(controller, nullptr);
-
-  // The third-party frame loaded and ran. The library was asked about both bridge URLs and
-  // did not act on them: the creative's later call still reaches it, and the ad is still there.
-  ASSERT_TRUE(reports.waitFor("ZENKO.onDeviceData"));
-  EXPECT_EQ(server.requestsTo("/frame-ran").size(), 1u);
-  EXPECT_EQ(log.count("URL String: " + server.url("/frame.html")), 1u);
-  EXPECT_EQ(log.count("URL String: bridge://close"), 2u);
-  settle(200ms);
-  EXPECT_EQ(screen->calls(), Names{"interstitial ready F @http"});
-  EXPECT_EQ(screen->presentedViewController(), controller);
-  EXPECT_EQ(TNLFSAdHandler::sharedHandler()->loadedAds().count("F"), 1u);
-
-  // The user taps the creative's close button.
-  GtkWidget* page = widgetOf(controller->view());
-  click(page, gtk_widget_get_allocated_width(page) - 40, 40);
-  ASSERT_TRUE(screen->waitForCall("interstitial closed F @main"));
+  ASSERT_TRUE(screen->waitForCall("interstitial closed C @main"));
+  // The ad goes with the browser over it: the host's own screen is what remains.
   EXPECT_TRUE(waitUntilDismissed());
-  EXPECT_EQ(log.count("URL String: bridge://close"), 3u);
-  EXPECT_TRUE(TNLFSAdHandler::sharedHandler()->loadedAds().empty());
-  ASSERT_TRUE(service.waitForEvents(6));
-  settle(200ms);
-  EXPECT_EQ(service.events(),
-            (Names{TNL_MANIFESTLOADED_TRACKER, TNL_ADREQUESTED_TRACKER, TNL_ADRETURNED_TRACKER,
-                   TNL_ADREADY_TRACKER, TNL_ADSHOWING_TRACKER, TNL_ADCLOSED_TRACKER}));
+  EXPECT_EQ(controller->presentedViewController(), nullptr);
+  settle(300ms);
+  EXPECT_FALSE(gtk_widget_get_mapped(gtk_widget_get_toplevel(widgetOf(controller->view()))));
+  EXPECT_EQ(screen->calls(), (Names{"interstitial ready C @http", "interstitial closed C @main"}));
+}
+
+TEST_F(FullScreenAdTest, ACreativeInALandscapeWindowOnALandscapeScreenIsToldLandscape) {
+  // The tests' display is 1280 x 1024; the host's window turns to 640 x 480.
+  gtk_window_resize(GTK_WINDOW(hostWindow), 640, 480);
+  ASSERT_TRUE(waitFor([&] { return window->frame().size == TNLSize{640.0, 480.0}; }));
+  serveCreative("<h1>Ad</h1>", "on('receivePayload', () => bridge('deviceData'));");
+
+  TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
+  TNLInterstitialAd::loadInterstitialAdForZone("L");
+  ASSERT_TRUE(screen->waitForCall("interstitial ready L @http"));
+  TNLInterstitialAd::showInterstitialAdForZone("L");
+  ASSERT_NE(shownAd(), nullptr);
+  ASSERT_TRUE(reports.waitFor("ZENKO.onDeviceData"));
+  EXPECT_EQ(reports.named("ZENKO.onDeviceData")[0].args[0]["orientation"], 2);
+  // The device-orientation macro, on the device facts of the Linux machine.
+  TNLSetup::setDeviceFacts(TNLDeviceFacts::linuxFacts());
+  EXPECT_EQ(TNLUrlParser().createOrientationString(), "landscape");
 }
 
 TEST_F(FullScreenAdTest, ACreativeThatOptsInToDisplayMeasurementHearsItsSessionFromTheSDK) {

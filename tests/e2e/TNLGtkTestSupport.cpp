@@ -2,6 +2,7 @@
 
 // The X headers come last: their macros (None, True, Status...) would clash with the others.
 #include <X11/extensions/XTest.h>
+#include <X11/extensions/Xrandr.h>
 
 #include <gdk/gdkx.h>
 #include <cstdlib>
@@ -56,6 +57,54 @@ void movePointerAway() {
   XTestFakeMotionEvent(display, -1, screen.width - 1, screen.height - 1, CurrentTime);
   XSync(display, False);
   settle(std::chrono::milliseconds(50));
+}
+
+constexpr char kRightHalfMonitor[] = "TNL-RIGHT-HALF";
+
+RightHalfMonitor::RightHalfMonitor() {
+  Display* display = XOpenDisplay(nullptr);
+  if (!display) {
+    return;
+  }
+  display_ = display;
+  const Window root = DefaultRootWindow(display);
+  XRRScreenResources* resources = XRRGetScreenResources(display, root);
+  if (!resources || resources->noutput == 0) {
+    if (resources) {
+      XRRFreeScreenResources(resources);
+    }
+    return;
+  }
+  // A monitor that holds the output replaces the one the server made for it.
+  RROutput output = resources->outputs[0];
+  const int width = DisplayWidth(display, DefaultScreen(display));
+  XRRMonitorInfo monitor{};
+  monitor.name = XInternAtom(display, kRightHalfMonitor, False);
+  monitor.primary = True;
+  monitor.x = width / 2;
+  monitor.width = width - width / 2;
+  monitor.height = DisplayHeight(display, DefaultScreen(display));
+  monitor.mwidth = 300;
+  monitor.mheight = 300;
+  monitor.noutput = 1;
+  monitor.outputs = &output;
+  XRRSetMonitor(display, root, &monitor);
+  XRRFreeScreenResources(resources);
+  XSync(display, False);
+  set_ = true;
+}
+
+RightHalfMonitor::~RightHalfMonitor() {
+  auto* display = static_cast<Display*>(display_);
+  if (!display) {
+    return;
+  }
+  if (set_) {
+    XRRDeleteMonitor(display, DefaultRootWindow(display),
+                     XInternAtom(display, kRightHalfMonitor, False));
+    XSync(display, False);
+  }
+  XCloseDisplay(display);
 }
 
 }  // namespace tnl_e2e

@@ -81,6 +81,22 @@ void scroll(GtkWidget* widget, int x, int y, int notches);
 // manager the window under the pointer gets the keyboard focus).
 void movePointerAway();
 
+// Makes the display's only monitor the right half of its screen, through RandR, while it lives.
+// Made before GTK opens the display (GDK reads the monitors then); gives the display its own
+// layout back when it goes, since the tests share the display.
+class RightHalfMonitor {
+ public:
+  RightHalfMonitor();
+  ~RightHalfMonitor();
+  RightHalfMonitor(const RightHalfMonitor&) = delete;
+  RightHalfMonitor& operator=(const RightHalfMonitor&) = delete;
+  bool isSet() const { return set_; }
+
+ private:
+  void* display_ = nullptr;  // the X connection, of a type the X headers' macros keep out of here
+  bool set_ = false;
+};
+
 // Waits until the GtkWindow is on screen: mapped by GTK and, as the X server's map
 // notification tells, no longer withdrawn.
 inline bool waitUntilMapped(GtkWidget* window) {

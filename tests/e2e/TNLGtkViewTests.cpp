@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "AppVerificationLibrary/OMIDScreenProcessor.h"
+#include "AppVerificationLibrary/OMIDWindowProcessor.h"
 #include "Platform/Foundation/TNLNotificationCenter.h"
 #include "Platform/Gtk/TNLGtkApplicationState.h"
 #include "Platform/Gtk/TNLGtkInputRouting.h"
@@ -411,6 +413,37 @@ TEST_F(ViewTest, TheMainScreenIsTheMonitor) {
   EXPECT_EQ(screen->scale(), static_cast<double>(gdk_monitor_get_scale_factor(monitor)));
   // A window made without a frame covers it.
   EXPECT_EQ(TNLWindow::create()->frame(), screen->bounds());
+}
+
+// The display's only monitor is the right half of its screen.
+class RightHalfMonitorTest : public GtkTest {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(monitor_.isSet());
+    GtkTest::SetUp();
+  }
+
+  RightHalfMonitor monitor_;
+};
+
+TEST_F(RightHalfMonitorTest, TheScreenCoversTheMonitorAWindowIsOn) {
+  GdkRectangle monitor;
+  gdk_monitor_get_geometry(gdk_display_get_monitor(gdk_display_get_default(), 0), &monitor);
+  ASSERT_GT(monitor.x, 0) << "the monitor should start right of the screen's origin";
+  const auto window = shownWindow({monitor.x + 60.0, 100.0, 300.0, 200.0});
+  ASSERT_TRUE(waitFor([&] {
+    GtkWidget* toplevel = gtk_widget_get_toplevel(widgetOf(window));
+    return gtk_widget_get_mapped(toplevel);
+  }));
+  // Window frames and the screen are in one space, and the ad's window lies on the screen, as
+  // the measurement SDK's walk reports them.
+  const TNLJson screen = OMIDTarnelScreenProcessor().stateForView(nullptr);
+  const TNLJson frame = OMIDTarnelWindowProcessor().stateForView(window.get());
+  EXPECT_LE(screen["x"].get<double>(), frame["x"].get<double>());
+  EXPECT_GE(screen["x"].get<double>() + screen["width"].get<double>(),
+            frame["x"].get<double>() + frame["width"].get<double>());
+  EXPECT_GE(screen["y"].get<double>() + screen["height"].get<double>(),
+            frame["y"].get<double>() + frame["height"].get<double>());
 }
 
 }  // namespace

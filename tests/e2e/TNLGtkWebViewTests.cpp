@@ -1,5 +1,6 @@
 // The web view on WebKitGTK: real pages from a loopback server, their scripts, the navigation
-// policy with its frames, statements from C++, the scroll view and transparency.
+// policy with its frames (and that no frame acts for a creative), statements from C++, the
+// scroll view and transparency.
 
 #include <gtest/gtest.h>
 #include <webkit2/webkit2.h>
@@ -9,10 +10,15 @@
 #include <algorithm>
 #include <array>
 
+#include "Ads/TNLAd.h"
+#include "Ads/TNLAdWebView.h"
 #include "Platform/Gtk/TNLGtkWebEngine.h"
+#include "TarnelAd/TNLSetup.h"
 #include "TarnelAd/Toolkit/TNLScrollView.h"
 #include "TarnelAd/Toolkit/TNLWindow.h"
 #include "e2e/TNLGtkTestSupport.h"
+#include "support/TNLTestBridgeJournal.h"
+#include "support/TNLTestDeviceFacts.h"
 #include "support/TNLTestServer.h"
 
 namespace {
@@ -30,6 +36,31 @@ TNLWebViewConfiguration creativeConfiguration() {
   configuration.mediaTypesRequiringUserActionForPlayback = TNLAudiovisualMediaTypes::none;
   configuration.allowsInlineMediaPlayback = true;
   return configuration;
+}
+
+// Runs a script in the page of `webView` and returns its result as a string.
+std::string evaluateIn(const std::shared_ptr<TNLWebView>& webView, const std::string& script) {
+  struct Result {
+    bool done = false;
+    std::string value;
+  } result;
+  webkit_web_view_evaluate_javascript(
+      TNLGtkWebEngine::of(webView)->webKitView(), script.c_str(), -1, nullptr, nullptr, nullptr,
+      [](GObject* view, GAsyncResult* async, gpointer data) {
+        auto* out = static_cast<Result*>(data);
+        JSCValue* value =
+            webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), async, nullptr);
+        if (value) {
+          char* text = jsc_value_to_string(value);
+          out->value = text;
+          g_free(text);
+          g_object_unref(value);
+        }
+        out->done = true;
+      },
+      &result);
+  waitFor([&] { return result.done; });
+  return result.value;
 }
 
 class WebViewTest : public GtkTest {
@@ -64,30 +95,7 @@ class WebViewTest : public GtkTest {
     return waitFor([&] { return !server.requestsTo(path).empty(); });
   }
 
-  // Runs a script in the page and returns its result as a string.
-  std::string evaluate(const std::string& script) {
-    struct Result {
-      bool done = false;
-      std::string value;
-    } result;
-    webkit_web_view_evaluate_javascript(
-        TNLGtkWebEngine::of(webView)->webKitView(), script.c_str(), -1, nullptr, nullptr, nullptr,
-        [](GObject* view, GAsyncResult* async, gpointer data) {
-          auto* out = static_cast<Result*>(data);
-          JSCValue* value =
-              webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), async, nullptr);
-          if (value) {
-            char* text = jsc_value_to_string(value);
-            out->value = text;
-            g_free(text);
-            g_object_unref(value);
-          }
-          out->done = true;
-        },
-        &result);
-    waitFor([&] { return result.done; });
-    return result.value;
-  }
+  std::string evaluate(const std::string& script) { return evaluateIn(webView, script); }
 
   TNLTestServer server;
   std::shared_ptr<TNLWindow> window;
@@ -190,7 +198,7 @@ TEST_F(WebViewTest, MainFrameBridgeNavigationIsCancelledAndThePageCarriesOn) {
   EXPECT_EQ(delegate->finished, 1);
 }
 
-TEST_F(WebViewTest, MainFrameNavigationToAWebPageIsDecidedBeforeAnythingIsRequested) {
+TEST_F(WebViewTest, AMainFrameNavigationToAnotherPageIsRefusedBeforeAnythingIsRequested) {
   server.on("GET", "/landing", html("landing"));
   server.on("GET", "/still-here", Response(204));
   const std::string page = server.url("/creative.html");
@@ -207,15 +215,19 @@ TEST_F(WebViewTest, MainFrameNavigationToAWebPageIsDecidedBeforeAnythingIsReques
   EXPECT_EQ(delegate->finished, 1);
 }
 
-TEST_F(WebViewTest, AnAllowedMainFrameNavigationLoadsAndFinishes) {
-  server.on("GET", "/landing", html("<script>fetch('/landed')</script>"));
+TEST_F(WebViewTest, TheMainFrameMayLoadItsOwnPageAgain) {
+  // The page's own address is the one main-frame page that may load from the network.
+  server.on("GET", "/creative.html", html("<script>fetch('/landed')</script>"));
   server.on("GET", "/landed", Response(204));
   loadCreative(
-      "<a id=link href='/landing'>go</a><script>setTimeout(() => link.click(), 50)</script>",
+      "<a id=link href='/creative.html'>again</a><script>setTimeout(() => link.click(), "
+      "50)</script>",
       server.url("/creative.html"));
 
   ASSERT_TRUE(waitForRequest("/landed"));
-  EXPECT_TRUE(delegate->saw(server.url("/landing") + " main"));
+  EXPECT_EQ(std::count(delegate->seen.begin(), delegate->seen.end(),
+                       server.url("/creative.html") + " main"),
+            2);
   EXPECT_TRUE(waitFor([&] { return delegate->finished == 2; }));
 }
 
@@ -238,71 +250,14 @@ TEST_F(WebViewTest, ADecisionTakenLaterHoldsTheNavigationUntilThen) {
   };
   auto holding = std::make_shared<Holding>();
   webView->setNavigationDelegate(holding);
-  webView->loadHTMLString("<script>setTimeout(() => { location.href = '/landing'; }, 50)</script>",
-                          server.url("/creative.html"));
+  webView->loadRequest(server.url("/landing"));
 
   ASSERT_TRUE(waitFor([&] { return static_cast<bool>(holding->held); }));
   settle(300ms);
   EXPECT_TRUE(server.requestsTo("/landing").empty());
   holding->held(Policy::allow);
   EXPECT_TRUE(waitForRequest("/landing"));
-  EXPECT_TRUE(waitFor([&] { return holding->finished == 2; }));
-}
-
-TEST_F(WebViewTest, IframeNavigationsAreChildFramesAndTheMainFrameStaysMain) {
-  server.on("GET", "/frame.html", html(R"(<script>
-      fetch('/frame-ran');
-      setTimeout(() => { location.href = '/frame-next.html'; }, 50);
-    </script>)"));
-  server.on("GET", "/frame-ran", Response(204));
-  server.on("GET", "/frame-next.html", html("<script>fetch('/frame-next-ran')</script>"));
-  server.on("GET", "/frame-next-ran", Response(204));
-  const std::string page = server.url("/creative.html");
-  allowOnly(page);
-  loadCreative(R"(<iframe src="bridge://expand=250&touch=true"></iframe><script>
-      const frame = document.createElement('iframe');
-      frame.src = '/frame.html';
-      document.body.appendChild(frame);
-      setTimeout(() => { location.href = 'bridge://close'; }, 400);
-    </script>)",
-               page);
-
-  // Frames of the page: from its markup, from its script, and one navigating itself.
-  ASSERT_TRUE(waitForRequest("/frame-next-ran"));
-  EXPECT_TRUE(waitForRequest("/frame-ran"));
-  EXPECT_TRUE(delegate->saw("bridge://expand=250&touch=true iframe"));
-  EXPECT_TRUE(delegate->saw(server.url("/frame.html") + " iframe"));
-  EXPECT_TRUE(delegate->saw(server.url("/frame-next.html") + " iframe"));
-  // With frames on the page, the page's own bridge call is still the main frame's.
-  EXPECT_TRUE(waitFor([&] { return delegate->saw("bridge://close main"); }));
-  for (const auto& entry : delegate->seen) {
-    EXPECT_FALSE(entry.starts_with("http") && entry.ends_with(" main") && entry != page + " main")
-        << entry;
-  }
-  EXPECT_EQ(delegate->finished, 1);
-}
-
-TEST_F(WebViewTest, ALinkFollowedRightAfterFramesWithTheSameURLLoadedIsTheMainFrames) {
-  const std::string page = server.url("/creative.html");
-  allowOnly(page);
-  // Frames whose source is the bridge URL of the page's own close link, from the markup and
-  // from the script; the link covers the page and the user follows it as soon as it is up.
-  loadCreative(R"(<iframe src="bridge://close"></iframe>
-      <a href="bridge://close" style="position:absolute;inset:0;z-index:1"></a><script>
-      const frame = document.createElement('iframe');
-      frame.src = 'bridge://close';
-      document.body.appendChild(frame);
-    </script>)",
-               page);
-  const auto seen = [&](const std::string& entry) {
-    return std::count(delegate->seen.begin(), delegate->seen.end(), entry);
-  };
-  ASSERT_TRUE(waitFor([&] { return seen("bridge://close iframe") == 2; }));
-
-  click(widgetOf(webView), 200, 200);
-  EXPECT_TRUE(waitFor([&] { return delegate->saw("bridge://close main"); }));
-  EXPECT_EQ(seen("bridge://close iframe"), 2);
-  EXPECT_EQ(seen("bridge://close main"), 1);
+  EXPECT_TRUE(waitFor([&] { return holding->finished == 1; }));
 }
 
 TEST_F(WebViewTest, NewWindowActionsHaveNoTargetFrameAndOpenNothing) {
@@ -405,6 +360,153 @@ TEST_F(WebViewTest, TheConfigurationReachesTheEngine) {
   EXPECT_FALSE(webkit_settings_get_media_playback_allows_inline(quietSettings));
   settle(300ms);
   EXPECT_TRUE(server.requestsTo("/ran").empty());
+}
+
+// A creative in the ad web view, with a journal of what its bridge dispatches; frames come from
+// the creative's own server and from a second one, of another origin.
+class CreativeFramesTest : public GtkTest {
+ protected:
+  void SetUp() override {
+    GtkTest::SetUp();
+    TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
+    const std::string beacon = "<script>navigator.sendBeacon('" + server.url("/tried") + "');";
+    for (TNLTestServer* site : {&server, &other}) {
+      // Navigates its own frame to the bridge action in its fragment.
+      site->on("GET", "/act.html",
+               html(beacon + "location.href = 'bridge://' + location.hash.slice(1);</script>"));
+      // Submits a form of its own to the bridge action in its fragment.
+      site->on("GET", "/form.html",
+               html("<form></form>" + beacon +
+                    "document.forms[0].action = 'bridge://' + location.hash.slice(1);"
+                    "document.forms[0].submit();</script>"));
+      site->on("GET", "/plain.html", html("<p>frame</p>"));
+      // Holds a frame of its own origin that navigates itself.
+      site->on("GET", "/outer.html", html("<iframe src='/act.html#close'></iframe>"));
+    }
+    server.on("POST", "/tried", Response(204));
+    window = TNLWindow::create({0.0, 0.0, 400.0, 400.0});
+    window->makeKeyAndVisible();
+  }
+
+  // Shows `body` as the creative ({SAME} and {OTHER} stand for the two origins) and waits until
+  // its page has loaded and its bridge opened.
+  std::shared_ptr<TNLAdWebView> show(std::string body) {
+    for (const auto& [token, site] : {std::pair{"{SAME}", &server}, std::pair{"{OTHER}", &other}}) {
+      for (size_t at = body.find(token); at != std::string::npos; at = body.find(token)) {
+        body.replace(at, std::string_view(token).size(), site->baseURL());
+      }
+    }
+    auto ad = std::make_shared<TNLAd>("html", server.url("/creative.html"), TNLJson::object(),
+                                      TNLJson::object(), TNLJson::object(), TNLJson::object(),
+                                      TNLJson::object(), TNLJson::object());
+    // As creatives are written: the frame policy goes after the doctype, in standards mode.
+    ad->setHtml("<!DOCTYPE html>\n<!-- creative -->\n<html><body>" + body + "</body></html>");
+    journal->calls.clear();
+    auto adView = TNLAdWebView::create();
+    adView->bridge()->setDelegate(journal);
+    adView->setFrame(window->bounds());
+    window->addSubview(adView);
+    adView->loadAd(ad);
+    EXPECT_TRUE(waitFor([&] { return !dispatched("opened").empty(); })) << body;
+    return adView;
+  }
+
+  // The bridge's dispatches, without "opened" (or only those equal to `only`).
+  std::vector<std::string> dispatched(const std::string& only = {}) const {
+    std::vector<std::string> calls;
+    for (const auto& call : journal->calls) {
+      if (only.empty() ? call != "opened" : call == only) {
+        calls.push_back(call);
+      }
+    }
+    return calls;
+  }
+
+  TNLTestServer server;
+  TNLTestServer other;
+  std::shared_ptr<TNLWindow> window;
+  std::shared_ptr<TNLTestBridgeJournal> journal = std::make_shared<TNLTestBridgeJournal>();
+};
+
+TEST_F(CreativeFramesTest, NoFrameActsForTheCreativeWhileTheCreativeItselfIsHeard) {
+  // The page's own script acts on a frame once the frame has loaded (then reports it).
+  const auto onFrameLoad = [](const std::string& act) {
+    return "onload=\"if (!this.acted) { this.acted = true; " + act +
+           " navigator.sendBeacon('/tried'); }\"";
+  };
+  const std::string link =
+      R"(<a id="go" target="named" href="bridge://open?url=https%3A%2F%2Fthird.test%2F">go</a>)";
+  const std::string form = R"(<form id="go" target="named" action="bridge://close"></form>)";
+  struct Case {
+    std::string what;
+    std::string body;
+    std::vector<std::string> dispatched = {};  // before the creative's own reward
+  };
+  const std::vector<Case> cases = {
+      {"a same-origin frame's script navigates its frame",
+       R"(<iframe src="{SAME}/act.html#reward"></iframe>)"},
+      {"a srcdoc frame's script navigates its frame",
+       R"(<iframe srcdoc="<script>navigator.sendBeacon('/tried');
+           location.href = 'bridge://reward';</script>"></iframe>)"},
+      {"a cross-origin frame's script navigates its frame",
+       R"(<iframe src="{OTHER}/act.html#close"></iframe>)"},
+      {"the page sets a same-origin frame's location",
+       R"(<iframe src="{SAME}/plain.html" )" +
+           onFrameLoad("this.contentWindow.location = 'bridge://close';") + "></iframe>"},
+      {"the page sets a cross-origin frame's location",
+       R"(<iframe src="{OTHER}/plain.html" )" +
+           onFrameLoad("this.contentWindow.location = 'bridge://reward';") + "></iframe>"},
+      {"a link aimed at a named frame", link + R"(<iframe name="named" src="{OTHER}/plain.html" )" +
+                                            onFrameLoad("document.getElementById('go').click();") +
+                                            "></iframe>"},
+      {"a form aimed at a named frame", form + R"(<iframe name="named" src="{SAME}/plain.html" )" +
+                                            onFrameLoad("document.getElementById('go').submit();") +
+                                            "></iframe>"},
+      {"a form submitted inside a same-origin frame",
+       R"(<iframe src="{SAME}/form.html#close"></iframe>)"},
+      {"a form submitted inside a cross-origin frame",
+       R"(<iframe src="{OTHER}/form.html#reward"></iframe>)"},
+      {"a frame inside a cross-origin frame navigates itself",
+       R"(<iframe src="{OTHER}/outer.html"></iframe>)"},
+      // The frame asks first for what the page asks for right after: the page's call alone counts.
+      {"a frame with the address the page navigates to next",
+       R"(<script>
+           const frame = document.createElement('iframe');
+           frame.src = 'bridge://close';
+           document.body.appendChild(frame);
+           location.href = 'bridge://close';
+           navigator.sendBeacon('/tried');
+         </script>)",
+       {"close"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    const size_t tries = server.requestsTo("/tried").size();
+    const auto adView = show(c.body);
+    ASSERT_EQ(evaluateIn(adView, "document.compatMode"), "CSS1Compat");
+    ASSERT_TRUE(waitFor([&] { return server.requestsTo("/tried").size() > tries; }));
+    settle(300ms);
+    adView->evaluateJavaScript("location.href = 'bridge://reward'");
+    ASSERT_TRUE(waitFor([&] { return !dispatched("reward").empty(); }));
+    settle(200ms);
+    std::vector<std::string> expected = c.dispatched;
+    expected.push_back("reward");
+    EXPECT_EQ(dispatched(), expected);
+    adView->removeFromSuperview();
+  }
+}
+
+TEST_F(CreativeFramesTest, AMainFrameNavigationInAPageWithFramesSendsNoRequest) {
+  server.on("GET", "/landing", html("landing"));
+  const auto adView = show(R"(<iframe src="{OTHER}/plain.html"></iframe>
+      <iframe src="{SAME}/plain.html"></iframe>)");
+  ASSERT_TRUE(waitFor([&] { return !other.requestsTo("/plain.html").empty(); }));
+  adView->enableRedirect(true);  // the hosting controller's answer to "enableRedirect"
+  adView->evaluateJavaScript("location.href = '/landing'");
+  ASSERT_TRUE(waitFor([&] { return !dispatched("open " + server.url("/landing")).empty(); }));
+  settle(300ms);
+  EXPECT_TRUE(server.requestsTo("/landing").empty());
+  EXPECT_EQ(dispatched(), std::vector<std::string>{"open " + server.url("/landing")});
 }
 
 }  // namespace

@@ -103,8 +103,14 @@ void TNLFSAdViewController::closeActionSentByBridge(TNLBridge& /*bridge*/) {
       ad->adClosed();
     }
   }
-  // The creative's close is the only way out of the ad, so it always dismisses.
-  dismiss(true);
+  // The creative's close is the only way out of the ad, so it always dismisses, and it takes
+  // the ad away with whatever covers it (the click-out browser): dismissing from this controller
+  // would only take the browser.
+  if (const auto presenting = presentingViewController()) {
+    presenting->dismiss(true);
+  } else {
+    dismiss(true);
+  }
 }
 
 void TNLFSAdViewController::enableRedirectActionSentByBridge(TNLBridge& /*bridge*/) {

@@ -1,5 +1,6 @@
 #include "Platform/Gtk/TNLGtkBackend.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "Platform/Foundation/TNLMainQueue.h"
@@ -12,6 +13,7 @@
 #include "Platform/Gtk/TNLGtkScrollViewPeer.h"
 #include "Platform/Gtk/TNLGtkWebEngine.h"
 #include "Platform/Gtk/TNLGtkWindowPeer.h"
+#include "TarnelAd/Toolkit/TNLApplication.h"
 #include "TarnelAd/Toolkit/TNLScreen.h"
 #include "TarnelAd/Toolkit/TNLView.h"
 #include "TarnelAd/Toolkit/TNLViewController.h"
@@ -26,7 +28,7 @@ constexpr double kFallbackHeight = 667.0;
 // A cover that never maps (its display went away) still ends its transition.
 constexpr guint kMapTimeoutMilliseconds = 2000;
 
-GdkMonitor* mainMonitor() {
+GdkMonitor* primaryMonitor() {
   GdkDisplay* display = gdk_display_get_default();
   if (!display) {
     return nullptr;
@@ -74,18 +76,28 @@ TNLGtkBackend::TNLGtkBackend() {
 TNLGtkBackend::~TNLGtkBackend() = default;
 
 TNLRect TNLGtkBackend::mainScreenBounds() const {
-  GdkMonitor* monitor = mainMonitor();
-  if (!monitor) {
+  GdkDisplay* display = gdk_display_get_default();
+  const int monitors = display ? gdk_display_get_n_monitors(display) : 0;
+  if (monitors == 0) {
     return {0.0, 0.0, kFallbackWidth, kFallbackHeight};
   }
-  GdkRectangle geometry;
-  gdk_monitor_get_geometry(monitor, &geometry);
+  // The desktop: from the origin of the coordinates that windows are placed in, out to the far
+  // edges of every monitor. Window frames and views are in that space, so an ad on any monitor
+  // lies on the screen (the primary monitor alone would leave a second one outside it).
+  int right = 0;
+  int bottom = 0;
+  for (int i = 0; i < monitors; ++i) {
+    GdkRectangle geometry;
+    gdk_monitor_get_geometry(gdk_display_get_monitor(display, i), &geometry);
+    right = std::max(right, geometry.x + geometry.width);
+    bottom = std::max(bottom, geometry.y + geometry.height);
+  }
   // Points: GDK's geometry is in application pixels, which the scale factor turns into pixels.
-  return {0.0, 0.0, static_cast<double>(geometry.width), static_cast<double>(geometry.height)};
+  return {0.0, 0.0, static_cast<double>(right), static_cast<double>(bottom)};
 }
 
 double TNLGtkBackend::mainScreenScale() const {
-  GdkMonitor* monitor = mainMonitor();
+  GdkMonitor* monitor = primaryMonitor();
   return monitor ? static_cast<double>(gdk_monitor_get_scale_factor(monitor)) : 1.0;
 }
 
@@ -94,6 +106,22 @@ void TNLGtkBackend::monitorsChanged(GdkScreen* /*screen*/, gpointer self) {
   const auto screen = TNLScreen::mainScreen();
   screen->setBounds(backend->mainScreenBounds());
   screen->setScale(backend->mainScreenScale());
+  updateOrientations();
+}
+
+void TNLGtkBackend::updateOrientations() {
+  // A desktop does not turn: the screen is landscape when it is wider than tall, and the
+  // application's interface takes the orientation of its key window (the screen's without one).
+  const TNLSize screen = TNLScreen::mainScreen()->bounds().size;
+  const auto application = TNLApplication::sharedApplication();
+  application->setDeviceOrientation(screen.width > screen.height
+                                        ? TNLDeviceOrientation::landscapeLeft
+                                        : TNLDeviceOrientation::portrait);
+  const auto keyWindow = application->keyWindow();
+  const TNLSize interface = keyWindow ? keyWindow->frame().size : screen;
+  application->setStatusBarOrientation(interface.width > interface.height
+                                           ? TNLInterfaceOrientation::landscapeRight
+                                           : TNLInterfaceOrientation::portrait);
 }
 
 std::shared_ptr<TNLViewPeer> TNLGtkBackend::createViewPeer(const std::shared_ptr<TNLView>& view) {

@@ -54,6 +54,9 @@ class TNLGtkBackend : public TNLToolkitBackend {
 
   WebKitWebContext* webContext() const { return context_.get(); }
 
+  // Sets the application's orientations from the screen and the key window.
+  static void updateOrientations();
+
  private:
   static void monitorsChanged(GdkScreen* screen, gpointer self);
 

@@ -24,6 +24,7 @@ bool TNLGtkToolkit::useGtkBackend() {
   }
   if (!isInstalled()) {
     TNLToolkitBackend::install(TNLGtkBackend::shared());
+    TNLGtkBackend::updateOrientations();
     // Where a sound server answers, its volume becomes the device's output volume, which
     // creatives are told; without one, the level the host set (or the default) stands.
     if (TNLGtkSoundVolume::readSoundServerVolume()) {

@@ -1,8 +1,12 @@
 #include "Platform/Gtk/TNLGtkWebEngine.h"
 
+#include <glib/gstdio.h>
+
 #include <algorithm>
 #include <cstdio>
+#include <string_view>
 
+#include "Platform/Foundation/TNLJSON.h"
 #include "Platform/Foundation/TNLPlatformLog.h"
 #include "Platform/Gtk/TNLGtkWebScrollPeer.h"
 #include "TarnelAd/Toolkit/TNLScrollView.h"
@@ -10,68 +14,20 @@
 
 namespace {
 
-constexpr char kHintHandler[] = "tnlNavigation";
 constexpr char kScrollHandler[] = "tnlScroll";
 
-// A hint belongs to a navigation that follows at once; an old one is from a navigation that
-// never came (a lazily loaded frame, a cancelled click) and is not trusted.
-constexpr gint64 kHintLifetimeMicroseconds = G_USEC_PER_SEC;
-// Unknown navigations waiting for their response, and own loads waiting for their navigation;
-// old ones (never answered) are dropped.
-constexpr size_t kMaxAwaitingResponse = 32;
+// Navigations let start until WebKit tells their frame, and own loads waiting for their
+// navigation; old ones (never answered) are dropped.
+constexpr size_t kMaxStarted = 32;
 constexpr size_t kMaxApiLoads = 8;
 
-// In every frame, before the page's own scripts: tells the engine which frame a navigation that
-// the page is about to start targets, where the page shows it. Frame elements (inserted, or
-// given a new src) navigate a child frame; a followed link navigates the frame it targets.
-constexpr char kHintScript[] = R"JS((() => {
-  const handlers = window.webkit && window.webkit.messageHandlers;
-  const handler = handlers && handlers.tnlNavigation;
-  if (!handler) return;
-  const isTop = window === window.top;
-  const post = (url, frame) => { try { handler.postMessage({url: String(url), frame}); } catch (e) {} };
-  const resolve = (value) => { try { return new URL(value, document.baseURI).href; } catch (e) { return null; } };
-  const isFrameElement = (node) =>
-      node && node.nodeType === 1 && (node.localName === 'iframe' || node.localName === 'frame');
-  const frameURL = (element) => {
-    if (element.localName === 'iframe' && element.hasAttribute('srcdoc')) return 'about:srcdoc';
-    const src = (element.getAttribute('src') || '').trim();
-    return src === '' ? 'about:blank' : resolve(src);
-  };
-  const hintFrame = (element) => {
-    if (!element.isConnected) return;  // removed again: it navigates nowhere
-    const url = frameURL(element);
-    if (url) post(url, 'child');
-  };
-  const collect = (node, frames) => {
-    if (isFrameElement(node)) frames.add(node);
-    if (node.nodeType === 1 && node.querySelectorAll) node.querySelectorAll('iframe, frame').forEach((f) => frames.add(f));
-  };
-  new MutationObserver((records) => {
-    // One hint per frame element and batch: the records of a batch may name a frame more than
-    // once (its own insertion, its parent's, a new src), and one navigation follows. A hint left
-    // over would be taken by a later navigation to the same URL, perhaps the main frame's.
-    const frames = new Set();
-    for (const record of records) {
-      if (record.type === 'attributes') { if (isFrameElement(record.target)) frames.add(record.target); }
-      else record.addedNodes.forEach((node) => collect(node, frames));
-    }
-    frames.forEach(hintFrame);
-  }).observe(document, {childList: true, subtree: true, attributes: true, attributeFilter: ['src', 'srcdoc']});
-  addEventListener('click', (event) => {
-    const start = event.target;
-    const link = start && start.closest ? start.closest('a[href], area[href]') : null;
-    if (!link) return;
-    let target = link.getAttribute('target');
-    if (target === null) { const base = document.querySelector('base[target]'); target = base ? base.getAttribute('target') : ''; }
-    target = (target || '').toLowerCase();
-    let frame = null;
-    if (target === '' || target === '_self') frame = isTop ? 'main' : 'child';
-    else if (target === '_top') frame = 'main';
-    else if (target === '_parent') frame = window.parent === window.top ? 'main' : 'child';
-    if (frame) post(link.href, frame);
-  }, true);
-})();)JS";
+// WebKit's error for a load a content rule list refused (not among WebKitPolicyError's names).
+constexpr int kBlockedByContentRuleCode = 104;
+
+// No frame of a document under this policy can load, or even ask for, a "bridge:" address: a
+// source list names the schemes a frame may show, and "*" stands for the web's own.
+constexpr char kFramePolicy[] =
+    R"(<meta http-equiv="Content-Security-Policy" content="frame-src * about: data: blob: javascript:">)";
 
 // In the top frame: reports the page's scrolling.
 constexpr char kScrollScript[] = R"JS((() => {
@@ -83,20 +39,21 @@ constexpr char kScrollScript[] = R"JS((() => {
   }, {passive: true});
 })();)JS";
 
-// Counts the page's frames; evaluated after a navigation was asked for, it also lets every hint
-// sent before it arrive first (the page's process answers in order).
-constexpr char kFrameCountScript[] = R"JS((() => {
-  let count = 0;
-  const walk = (w) => { for (let i = 0; i < w.length; i++) { count++; try { walk(w[i]); } catch (e) {} } };
-  walk(window);
-  return count;
-})())JS";
-
 constexpr char kNoScrollCSS[] = "html, body { overflow: hidden !important; }";
 constexpr char kNoBounceCSS[] = "html, body { overscroll-behavior: none !important; }";
 
 bool isBridgeURL(const std::string& url) {
   return url.rfind("bridge:", 0) == 0;
+}
+
+// Documents of these schemes take the policy of the document that made them.
+bool inheritsFramePolicy(const std::string& url) {
+  for (const char* scheme : {"about:", "data:", "blob:"}) {
+    if (url.rfind(scheme, 0) == 0) {
+      return true;
+    }
+  }
+  return false;
 }
 
 // A URL as WebKit writes it ("http://host" becomes "http://host/").
@@ -106,28 +63,101 @@ std::string normalized(const std::string& url) {
   return uri ? uri : url;
 }
 
-std::string stringMember(JSCValue* object, const char* name) {
-  auto value = TNLGObjectRef<JSCValue>::adopt(jsc_value_object_get_property(object, name));
-  if (!value || !jsc_value_is_string(value.get())) {
-    return {};
-  }
-  char* text = jsc_value_to_string(value.get());
-  std::string result = text ? text : "";
-  g_free(text);
-  return result;
+bool startsWithIgnoringCase(std::string_view text, size_t at, std::string_view prefix) {
+  return text.size() >= at + prefix.size() &&
+         g_ascii_strncasecmp(text.data() + at, prefix.data(), prefix.size()) == 0;
 }
+
+// The page with the frame policy as its first element: after a byte order mark, blanks, comments
+// and the doctype (anything else before the doctype would put the page in quirks mode); the
+// parser puts a leading meta element in the head.
+std::string withFramePolicy(const std::string& html) {
+  size_t at = startsWithIgnoringCase(html, 0, "\xEF\xBB\xBF") ? 3 : 0;
+  for (;;) {
+    while (at < html.size() && g_ascii_isspace(html[at])) {
+      ++at;
+    }
+    if (startsWithIgnoringCase(html, at, "<!--")) {
+      const size_t end = html.find("-->", at + 4);
+      if (end == std::string::npos) {
+        break;
+      }
+      at = end + 3;
+      continue;
+    }
+    if (startsWithIgnoringCase(html, at, "<!doctype")) {
+      const size_t end = html.find('>', at);
+      if (end != std::string::npos) {
+        at = end + 1;
+      }
+    }
+    break;
+  }
+  return html.substr(0, at) + kFramePolicy + html.substr(at);
+}
+
+// A content rule list pattern that matches `url` exactly.
+std::string exactPattern(const std::string& url) {
+  std::string pattern = "^";
+  for (const char c : url) {
+    if (std::string_view(".*+?^$()[]{}|\\").find(c) != std::string_view::npos) {
+      pattern.push_back('\\');
+    }
+    pattern.push_back(c);
+  }
+  return pattern + "$";
+}
+
+// The main-frame guard of a page at `ownURL`: every main-frame document load is refused, before
+// any request, except the page's own.
+std::string guardRules(const std::string& ownURL) {
+  const TNLJson mainDocument = {{"resource-type", {"document"}}, {"load-context", {"top-frame"}}};
+  TNLJson refuse = {{"trigger", mainDocument}, {"action", {{"type", "block"}}}};
+  refuse["trigger"]["url-filter"] = ".*";
+  TNLJson own = {{"trigger", mainDocument}, {"action", {{"type", "ignore-previous-rules"}}}};
+  own["trigger"]["url-filter"] = exactPattern(normalized(ownURL));
+  own["trigger"]["url-filter-is-case-sensitive"] = true;
+  return TNLJson::array({refuse, own}).dump();
+}
+
+// One guard being compiled. WebKit compiles rule lists into a store on disk: each compilation
+// gets a private directory, which is emptied and removed once the list is in memory.
+struct GuardCompilation {
+  std::weak_ptr<TNLGtkWebEngine> engine;
+  unsigned generation = 0;
+  std::string directory;
+  TNLGObjectRef<WebKitUserContentFilterStore> store;
+  std::function<void(unsigned, WebKitUserContentFilter*)> done;
+
+  static constexpr char kIdentifier[] = "guard";
+
+  static void saved(GObject* store, GAsyncResult* result, gpointer data) {
+    auto* compilation = static_cast<GuardCompilation*>(data);
+    GError* error = nullptr;
+    WebKitUserContentFilter* filter = webkit_user_content_filter_store_save_finish(
+        WEBKIT_USER_CONTENT_FILTER_STORE(store), result, &error);
+    if (error) {
+      TNLPlatformLog(std::string("TNLWebView: the main-frame guard could not be compiled: ") +
+                     error->message);
+      g_error_free(error);
+    }
+    compilation->done(compilation->generation, filter);
+    webkit_user_content_filter_store_remove(WEBKIT_USER_CONTENT_FILTER_STORE(store), kIdentifier,
+                                            nullptr, &GuardCompilation::removed, compilation);
+  }
+
+  static void removed(GObject* store, GAsyncResult* result, gpointer data) {
+    std::unique_ptr<GuardCompilation> compilation(static_cast<GuardCompilation*>(data));
+    webkit_user_content_filter_store_remove_finish(WEBKIT_USER_CONTENT_FILTER_STORE(store), result,
+                                                   nullptr);
+    g_rmdir(compilation->directory.c_str());
+  }
+};
 
 double numberMember(JSCValue* object, const char* name) {
   auto value = TNLGObjectRef<JSCValue>::adopt(jsc_value_object_get_property(object, name));
   return value && jsc_value_is_number(value.get()) ? jsc_value_to_double(value.get()) : 0.0;
 }
-
-// A navigation waiting for the round trip to its page.
-struct Barrier {
-  std::weak_ptr<TNLGtkWebEngine> engine;
-  TNLGObjectRef<WebKitPolicyDecision> decision;
-  std::string url;
-};
 
 }  // namespace
 
@@ -178,8 +208,6 @@ TNLGtkWebEngine::~TNLGtkWebEngine() {
     webkit_web_view_stop_loading(view);
   }
   webkit_user_content_manager_unregister_script_message_handler_in_world(
-      content_.get(), kHintHandler, kScriptWorld);
-  webkit_user_content_manager_unregister_script_message_handler_in_world(
       content_.get(), kScrollHandler, kScriptWorld);
 }
 
@@ -189,19 +217,10 @@ std::shared_ptr<TNLGtkWebEngine> TNLGtkWebEngine::of(const std::shared_ptr<TNLWe
 
 void TNLGtkWebEngine::addUserScripts() {
   WebKitUserContentManager* manager = content_.get();
-  connections_.emplace_back(manager, "script-message-received::tnlNavigation",
-                            G_CALLBACK(&TNLGtkWebEngine::hintReceived), this);
   connections_.emplace_back(manager, "script-message-received::tnlScroll",
                             G_CALLBACK(&TNLGtkWebEngine::scrollReceived), this);
-  webkit_user_content_manager_register_script_message_handler_in_world(manager, kHintHandler,
-                                                                       kScriptWorld);
   webkit_user_content_manager_register_script_message_handler_in_world(manager, kScrollHandler,
                                                                        kScriptWorld);
-  auto hints = webkit_user_script_new_for_world(kHintScript, WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
-                                                WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START,
-                                                kScriptWorld, nullptr, nullptr);
-  webkit_user_content_manager_add_script(manager, hints);
-  webkit_user_script_unref(hints);
   auto scroll = webkit_user_script_new_for_world(
       kScrollScript, WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
       WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START, kScriptWorld, nullptr, nullptr);
@@ -212,17 +231,87 @@ void TNLGtkWebEngine::addUserScripts() {
 void TNLGtkWebEngine::loadHTMLString(const std::string& html,
                                      const std::optional<std::string>& baseURL) {
   const std::string reported = baseURL ? *baseURL : "about:blank";
-  expectLoad(reported);
-  webkit_web_view_load_html(webKitView(), html.c_str(), baseURL ? baseURL->c_str() : nullptr);
+  const auto load = [this, baseURL, reported](const std::string& page, Document document) {
+    expectLoad(reported, document);
+    webkit_web_view_load_html(webKitView(), page.c_str(), baseURL ? baseURL->c_str() : nullptr);
+  };
+  if (!guarded()) {
+    load(html, Document::loaded);
+    return;
+  }
+  guardThen(reported, [load, page = withFramePolicy(html)] { load(page, Document::own); });
 }
 
 void TNLGtkWebEngine::loadRequest(const std::string& url) {
-  expectLoad(url);
-  webkit_web_view_load_uri(webKitView(), url.c_str());
+  const auto load = [this, url] {
+    expectLoad(url, Document::loaded);
+    webkit_web_view_load_uri(webKitView(), url.c_str());
+  };
+  if (guarded()) {
+    guardThen(url, load);
+  } else {
+    load();
+  }
 }
 
-void TNLGtkWebEngine::expectLoad(const std::string& url) {
-  apiLoads_.push_back({normalized(url), url});
+bool TNLGtkWebEngine::guarded() const {
+  const auto webView = model_.lock();
+  return webView && webView->navigationDelegate();
+}
+
+void TNLGtkWebEngine::guardThen(const std::string& ownURL, std::function<void()> load) {
+  // A load asked for while an earlier one waits replaces it, as it would replace its navigation.
+  guardedLoad_ = std::move(load);
+  guard_ = Guard::preparing;
+  const unsigned generation = ++guardGeneration_;
+  gchar* directory = g_dir_make_tmp("tarnelad-guard-XXXXXX", nullptr);
+  if (!directory) {
+    TNLPlatformLog("TNLWebView: no directory to compile the main-frame guard in");
+    guardPrepared(generation, nullptr);
+    return;
+  }
+  auto* compilation = new GuardCompilation;
+  compilation->engine = weak_from_this();
+  compilation->generation = generation;
+  compilation->directory = directory;
+  compilation->store = TNLGObjectRef<WebKitUserContentFilterStore>::adopt(
+      webkit_user_content_filter_store_new(directory));
+  g_free(directory);
+  compilation->done = [weakEngine = compilation->engine](unsigned generation,
+                                                         WebKitUserContentFilter* filter) {
+    if (const auto engine = weakEngine.lock()) {
+      engine->guardPrepared(generation, filter);
+    } else if (filter) {
+      webkit_user_content_filter_unref(filter);
+    }
+  };
+  const std::string rules = guardRules(ownURL);
+  GBytes* source = g_bytes_new(rules.data(), rules.size());
+  webkit_user_content_filter_store_save(compilation->store.get(), GuardCompilation::kIdentifier,
+                                        source, nullptr, &GuardCompilation::saved, compilation);
+  g_bytes_unref(source);
+}
+
+void TNLGtkWebEngine::guardPrepared(unsigned generation, WebKitUserContentFilter* filter) {
+  std::unique_ptr<WebKitUserContentFilter, FilterUnref> prepared(filter);
+  if (generation != guardGeneration_) {
+    return;  // a later load brings its own guard
+  }
+  if (filter_) {
+    webkit_user_content_manager_remove_filter(content_.get(), filter_.get());
+  }
+  filter_ = std::move(prepared);
+  if (filter_) {
+    webkit_user_content_manager_add_filter(content_.get(), filter_.get());
+  }
+  guard_ = filter_ ? Guard::ready : Guard::failed;
+  if (auto load = std::exchange(guardedLoad_, nullptr)) {
+    load();
+  }
+}
+
+void TNLGtkWebEngine::expectLoad(const std::string& url, Document document) {
+  apiLoads_.push_back({normalized(url), url, document});
   if (apiLoads_.size() > kMaxApiLoads) {
     apiLoads_.pop_front();
   }
@@ -335,52 +424,54 @@ void TNLGtkWebEngine::decideNavigation(WebKitPolicyDecision* decision) {
       return load.expected == url || load.reported == url;
     });
     if (own != apiLoads_.end()) {
-      const std::string reported = own->reported;
+      const ApiLoad load = *own;
       // Loads asked for before this one were superseded without a navigation of their own.
       apiLoads_.erase(apiLoads_.begin(), own + 1);
-      askDelegate(reported, Frame::main, decision);
+      provisional_ = Provisional{load.expected, load.document};
+      askDelegate(load.reported, Frame::main, decision);
       return;
     }
   }
-  webkit_web_view_evaluate_javascript(
-      webKitView(), kFrameCountScript, -1, kScriptWorld, nullptr, nullptr,
-      &TNLGtkWebEngine::barrierDone,
-      new Barrier{weak_from_this(), TNLGObjectRef<WebKitPolicyDecision>::retain(decision), url});
-}
-
-void TNLGtkWebEngine::barrierDone(GObject* view, GAsyncResult* result, gpointer data) {
-  std::unique_ptr<Barrier> barrier(static_cast<Barrier*>(data));
-  GError* error = nullptr;
-  auto value = TNLGObjectRef<JSCValue>::adopt(
-      webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, &error));
-  int frameCount = -1;  // not known
-  if (value && jsc_value_is_number(value.get())) {
-    frameCount = jsc_value_to_int32(value.get());
-  }
-  g_clear_error(&error);
-  if (const auto engine = barrier->engine.lock()) {
-    engine->attribute(barrier->url, barrier->decision.get(), frameCount);
-  } else {
-    webkit_policy_decision_ignore(barrier->decision.get());
-  }
-}
-
-void TNLGtkWebEngine::attribute(const std::string& url, WebKitPolicyDecision* decision,
-                                int frameCount) {
-  const auto hint = takeHint(url);
-  if (frameCount == 0) {
-    askDelegate(url, Frame::main, decision);
-  } else if (hint) {
-    askDelegate(url, *hint, decision);
-  } else if (isBridgeURL(url)) {
-    askDelegate(url, Frame::main, decision);
-  } else {
-    // The response will tell; WebKit goes on until then.
-    awaitingResponse_.push_back(url);
-    if (awaitingResponse_.size() > kMaxAwaitingResponse) {
-      awaitingResponse_.pop_front();
+  if (isBridgeURL(url)) {
+    if (document_ == Document::unknown) {
+      refuse(url, "the main frame shows a page the view did not load", decision);
+      return;
     }
-    webkit_policy_decision_use(decision);
+    if (document_ == Document::own && !foreignFrames_) {
+      // The frame policy keeps every frame of this page from asking for a bridge URL.
+      askDelegate(url, Frame::main, decision);
+      return;
+    }
+  }
+  if (guard_ != Guard::ready) {
+    refuse(url, "the main-frame guard is not in place", decision);
+    return;
+  }
+  start(url, decision);
+}
+
+void TNLGtkWebEngine::start(const std::string& url, WebKitPolicyDecision* decision) {
+  started_.push_back(url);
+  if (started_.size() > kMaxStarted) {
+    started_.pop_front();
+  }
+  webkit_policy_decision_use(decision);
+}
+
+bool TNLGtkWebEngine::takeStarted(const std::string& url) {
+  const auto found = std::find(started_.begin(), started_.end(), url);
+  if (found == started_.end()) {
+    return false;
+  }
+  started_.erase(found);
+  return true;
+}
+
+void TNLGtkWebEngine::refuse(const std::string& url, const char* why,
+                             WebKitPolicyDecision* decision) {
+  TNLPlatformLog("TNLWebView: " + url + " refused: " + why);
+  if (decision) {
+    webkit_policy_decision_ignore(decision);
   }
 }
 
@@ -388,14 +479,19 @@ void TNLGtkWebEngine::decideResponse(WebKitPolicyDecision* decision) {
   auto* response = WEBKIT_RESPONSE_POLICY_DECISION(decision);
   const std::string url =
       webkit_uri_request_get_uri(webkit_response_policy_decision_get_request(response));
-  const auto awaiting = std::find(awaitingResponse_.begin(), awaitingResponse_.end(), url);
-  if (awaiting == awaitingResponse_.end()) {
-    webkit_policy_decision_use(decision);  // decided before it was requested
-    return;
-  }
-  awaitingResponse_.erase(awaiting);
   const bool main = webkit_response_policy_decision_is_main_frame_main_resource(response);
-  askDelegate(url, main ? Frame::main : Frame::child, decision);
+  if (main) {
+    // A page from the network for the main frame: the view's own load, or one the guard let
+    // through and the delegate now decides.
+    provisional_ = Provisional{url, Document::loaded};
+  } else if (!inheritsFramePolicy(url)) {
+    foreignFrames_ = true;
+  }
+  if (takeStarted(url)) {
+    askDelegate(url, main ? Frame::main : Frame::child, decision);
+  } else {
+    webkit_policy_decision_use(decision);
+  }
 }
 
 void TNLGtkWebEngine::askDelegate(const std::string& url, std::optional<Frame> frame,
@@ -434,37 +530,6 @@ void TNLGtkWebEngine::askDelegate(const std::string& url, std::optional<Frame> f
       });
 }
 
-std::optional<TNLGtkWebEngine::Frame> TNLGtkWebEngine::takeHint(const std::string& url) {
-  const gint64 now = g_get_monotonic_time();
-  std::erase_if(hints_, [now](const Hint& hint) {
-    return now - hint.receivedAt > kHintLifetimeMicroseconds;
-  });
-  const auto found =
-      std::find_if(hints_.begin(), hints_.end(), [&](const Hint& hint) { return hint.url == url; });
-  if (found == hints_.end()) {
-    return std::nullopt;
-  }
-  const Frame frame = found->frame;
-  hints_.erase(found);
-  return frame;
-}
-
-void TNLGtkWebEngine::hintReceived(WebKitUserContentManager* /*manager*/,
-                                   WebKitJavascriptResult* result, gpointer self) {
-  auto* engine = static_cast<TNLGtkWebEngine*>(self);
-  JSCValue* message = webkit_javascript_result_get_js_value(result);
-  if (!jsc_value_is_object(message)) {
-    return;
-  }
-  const std::string url = stringMember(message, "url");
-  const std::string frame = stringMember(message, "frame");
-  if (url.empty() || (frame != "main" && frame != "child")) {
-    return;
-  }
-  engine->hints_.push_back(
-      {url, frame == "main" ? Frame::main : Frame::child, g_get_monotonic_time()});
-}
-
 void TNLGtkWebEngine::scrollReceived(WebKitUserContentManager* /*manager*/,
                                      WebKitJavascriptResult* result, gpointer self) {
   auto* engine = static_cast<TNLGtkWebEngine*>(self);
@@ -478,26 +543,32 @@ void TNLGtkWebEngine::scrollReceived(WebKitUserContentManager* /*manager*/,
   webView->scrollView()->peerDidScroll(offset);
 }
 
-void TNLGtkWebEngine::loadChanged(WebKitWebView* /*view*/, WebKitLoadEvent event, gpointer self) {
+void TNLGtkWebEngine::loadChanged(WebKitWebView* view, WebKitLoadEvent event, gpointer self) {
   auto* engine = static_cast<TNLGtkWebEngine*>(self);
   switch (event) {
     case WEBKIT_LOAD_STARTED:
-      engine->committed_ = false;
-      engine->failed_ = false;
-      break;
     case WEBKIT_LOAD_REDIRECTED:
       break;
-    case WEBKIT_LOAD_COMMITTED:
-      engine->committed_ = true;
+    case WEBKIT_LOAD_COMMITTED: {
+      const char* uri = webkit_web_view_get_uri(view);
+      const auto& provisional = engine->provisional_;
+      engine->document_ =
+          provisional && uri && provisional->url == uri ? provisional->document : Document::unknown;
+      engine->provisional_.reset();
+      engine->foreignFrames_ = false;
+      engine->documentCommitted_ = true;
+      engine->documentFailed_ = false;
+      engine->documentReported_ = false;
       break;
+    }
     case WEBKIT_LOAD_FINISHED: {
-      // WebKit also ends a failed load with FINISHED; only a page that loaded counts.
-      const bool loaded = engine->committed_ && !engine->failed_;
-      engine->committed_ = false;
-      engine->failed_ = false;
-      if (!loaded) {
+      // WebKit also ends a load that failed, or that the guard refused, with FINISHED: only a
+      // page that committed and did not fail counts, once (a refused load started while the
+      // page was still loading stopped its loads, and ends it).
+      if (!engine->documentCommitted_ || engine->documentFailed_ || engine->documentReported_) {
         break;
       }
+      engine->documentReported_ = true;
       if (engine->contentOffset_ != TNLPoint{}) {
         engine->scrollPageTo(engine->contentOffset_);
       }
@@ -510,9 +581,21 @@ void TNLGtkWebEngine::loadChanged(WebKitWebView* /*view*/, WebKitLoadEvent event
   }
 }
 
-gboolean TNLGtkWebEngine::loadFailed(WebKitWebView* /*view*/, WebKitLoadEvent /*event*/,
-                                     gchar* /*uri*/, GError* /*error*/, gpointer self) {
-  static_cast<TNLGtkWebEngine*>(self)->failed_ = true;
+gboolean TNLGtkWebEngine::loadFailed(WebKitWebView* /*view*/, WebKitLoadEvent event, gchar* uri,
+                                     GError* error, gpointer self) {
+  auto* engine = static_cast<TNLGtkWebEngine*>(self);
+  if (event == WEBKIT_LOAD_COMMITTED) {
+    engine->documentFailed_ = true;  // the page itself failed
+  }
+  // The guard refused a main-frame load that was let start: now the frame is known.
+  if (uri && error && error->domain == WEBKIT_POLICY_ERROR &&
+      error->code == kBlockedByContentRuleCode && engine->takeStarted(uri)) {
+    if (engine->document_ == Document::unknown) {
+      engine->refuse(uri, "the main frame shows a page the view did not load", nullptr);
+    } else {
+      engine->askDelegate(uri, Frame::main, nullptr);
+    }
+  }
   return TRUE;  // no error page: the view keeps what it shows
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "Platform/Gtk/TNLGtkApplicationState.h"
+#include "Platform/Gtk/TNLGtkBackend.h"
 #include "TarnelAd/Toolkit/TNLWindow.h"
 
 namespace {
@@ -87,6 +88,8 @@ TNLGtkWindowPeer::~TNLGtkWindowPeer() {
 
 void TNLGtkWindowPeer::frameChanged(const TNLRect& frame) {
   box_.setFrame(frame);
+  // The key window's shape is the interface's orientation.
+  TNLGtkBackend::updateOrientations();
   if (frame == geometry_ || destroyed_) {
     return;
   }
@@ -111,6 +114,7 @@ void TNLGtkWindowPeer::hiddenChanged(bool hidden) {
 }
 
 void TNLGtkWindowPeer::keyWindowChanged(bool isKey) {
+  TNLGtkBackend::updateOrientations();
   if (isKey && !destroyed_ && gtk_widget_get_visible(GTK_WIDGET(window_.get()))) {
     gtk_window_present(window_.get());
   }

@@ -197,6 +197,18 @@ TEST_F(ManifestRetrieval, AFailedFetchKeepsThePreviousManifest) {
   EXPECT_EQ(TNLManifestHandler::sharedHandler()->manifest(), good.manifest);
 }
 
+TEST_F(ManifestRetrieval, ABaseURLWithPercentEscapesIsUsedAsItStands) {
+  // "%20" in the base is part of the address, not a placeholder of the format.
+  TNLSetup::setManifestBaseURL(server.baseURL() + "/ad%20service");
+  server.on("POST", std::string("/ad service") + kPath,
+            TNLTestServer::Response::json(manifestJSON(3600)));
+  registerApp();
+  Retrieval retrieval;
+  retrieval.start();
+  ASSERT_TRUE(retrieval.wait());
+  EXPECT_EQ(retrieval.successes, 1);
+}
+
 // A manifest held when the macro table is built decides the privacy of every later request body.
 void expectRestrictedBody(TNLTestServer& server, bool coppa, bool gdpr) {
   auto held = std::make_shared<TNLManifest>();

@@ -50,10 +50,12 @@ TEST(TNLAdFactory, ConnectionTypeRefreshShowsInTheNextAd) {
   EXPECT_EQ(second->fullAd()["sdkVars"]["conn_type"], "Cellular");
 }
 
-TEST(TNLAdFactory, BlankOrMissingCreativeTagsAreNotValid) {
+TEST(TNLAdFactory, OnlyANonBlankStringMakesAValidCreativeTag) {
   TNLTestDeviceFacts::install();
-  for (const char* body : {R"({"creative_tag": " \n\t "})", R"({"creative_tag": ""})", "{}",
-                           R"({"creative_tag": null})"}) {
+  for (const char* body :
+       {R"({"creative_tag": " \n\t "})", R"({"creative_tag": ""})", "{}",
+        R"({"creative_tag": null})", R"({"creative_tag": 42})", R"({"creative_tag": true})",
+        R"({"creative_tag": {"url": "http://a/c.html"}})", R"({"creative_tag": ["http://a"]})"}) {
     const auto ad = TNLAdFactory::generateAdFromDictionary(TNLJSON::parse(body));
     ASSERT_NE(ad, nullptr) << body;
     EXPECT_FALSE(ad->adIsValid()) << body;

@@ -81,6 +81,12 @@ TEST_F(AdWebView, LoadsTheAdLaterWithItsCreativeTagAsBaseURLInATransparentFixedV
   const auto untagged = loaded(makeAd("http://not a url/"));
   EXPECT_EQ(TNLHeadlessWebEngine::of(untagged)->baseURL(), std::nullopt);
   EXPECT_EQ(TNLHeadlessWebEngine::of(untagged)->html(), kPage);
+
+  // A tag that needs escapes is loaded as a browser reads it, and that page is the creative's.
+  const auto escaped = loaded(makeAd("https://cdn.example.test/my ad/caf\xC3\xA9.html"));
+  const auto escapedEngine = TNLHeadlessWebEngine::of(escaped);
+  EXPECT_EQ(escapedEngine->baseURL(), "https://cdn.example.test/my%20ad/caf%C3%A9.html");
+  EXPECT_EQ(escapedEngine->playPageLoad(), Policy::allow);
 }
 
 TEST_F(AdWebView, OnlyTheCreativesPageAndOtherFramesMayNavigate) {

@@ -190,6 +190,18 @@ TEST_F(FSAdViewController, ALinkOpensTheBrowserOverTheAdAndDoneReturnsToIt) {
   EXPECT_TRUE(listener->calls.empty());
 }
 
+TEST_F(FSAdViewController, ACloseWhileTheBrowserIsOpenDismissesTheAdWithIt) {
+  present();
+  play("bridge://open?url=https%3A%2F%2Fshop.test%2F");
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return count("ZENKO.isAdVisible(false)") == 1; }));
+  ASSERT_NE(controller->presentedViewController(), nullptr);
+  play("bridge://close");
+  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return !host->presentedViewController(); }));
+  EXPECT_EQ(controller->presentedViewController(), nullptr);
+  EXPECT_EQ(webView->window(), nullptr);
+  EXPECT_EQ(listener->calls, Statements{"closed Z"});
+}
+
 TEST_F(FSAdViewController, ABrowserWithoutBrandOrValidAddressKeepsItsLayout) {
   const auto browser = TNLClickOutViewController::create(std::nullopt, "http://not an address/");
   browser->view()->setFrame({0, 0, 375, 667});

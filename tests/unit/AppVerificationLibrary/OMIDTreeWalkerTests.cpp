@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <thread>
+
 #include <memory>
 #include <string>
 #include <vector>
@@ -238,6 +241,20 @@ TEST_F(OMIDTreeWalkTest, AnUnchangedHierarchyIsSentOnce) {
   ASSERT_EQ(ads.size(), 2u);
   EXPECT_EQ(ads[0]["adSessionId"], session->identifier());
   EXPECT_EQ(ads[1]["adSessionId"], second->identifier());
+}
+
+TEST_F(OMIDTreeWalkTest, AViewStateQueuedBeforeTheFinishNeverFollowsIt) {
+  const auto session = startSession(webView_);
+  ASSERT_TRUE(statements::waitFor(webView_, kHierarchy));
+  // A walk whose hierarchy is on its way to the main loop when the session finishes.
+  webView_->setFrame({6, 20, 320, 50});
+  OMIDTarnelTreeWalker::getInstance()->onTick();
+  std::this_thread::sleep_for(200ms);
+  session->finish();
+  TNLMainQueue::runFor(300ms);
+  const auto names = statements::names(webView_);
+  ASSERT_EQ(std::count(names.begin(), names.end(), "finishSession"), 1);
+  EXPECT_EQ(names.back(), "finishSession");
 }
 
 TEST_F(OMIDTreeWalkTest, BackgroundPausesWalkingAndSessionsAreToldTheStateAndVolume) {

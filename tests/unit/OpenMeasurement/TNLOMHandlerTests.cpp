@@ -117,6 +117,7 @@ TEST_F(TNLOMHandlerTest, DestroyFinishesAtOnceAndForgetsTheSessionASecondLater) 
   ASSERT_TRUE(statements::waitFor(webView, "finishSession"));
   // Still filed during the second: a second destroy finishes nothing more, an opt-in opens
   // nothing new.
+  TNLMainQueue::runUntil([&] { return Clock::now() - destroyed >= 500ms; });
   handler_->destroyOMIDSessionForWebView(webView);
   handler_->createOMIDSessionForWebView(webView, "display");
   EXPECT_EQ(handler_->omidSessions().at(key), session);
@@ -127,15 +128,19 @@ TEST_F(TNLOMHandlerTest, DestroyFinishesAtOnceAndForgetsTheSessionASecondLater) 
   ASSERT_TRUE(TNLMainQueue::runUntil([&] { return handler_->omidSessions().empty(); }, 2s));
   EXPECT_GE(Clock::now() - destroyed, 1000ms);
   EXPECT_TRUE(handler_->webviews().empty());
-  EXPECT_FALSE(OMIDTarnelAdSessionRegistry::getInstance()->isActive());
-  TNLMainQueue::runFor(300ms);
   EXPECT_EQ(statements::count(webView, "finishSession"), 1u);
   EXPECT_TRUE(log_.lines().empty());
 
-  // Once forgotten, the web view may opt in again: a new session.
+  // Once forgotten, the web view may opt in again: a new session, which the removal scheduled by
+  // the second destroy leaves alone.
   handler_->createOMIDSessionForWebView(webView, "display");
   ASSERT_EQ(handler_->omidSessions().size(), 1u);
-  EXPECT_NE(handler_->omidSessions().at(key), session);
+  const auto renewed = handler_->omidSessions().at(key);
+  EXPECT_NE(renewed, session);
+  TNLMainQueue::runUntil([&] { return Clock::now() - destroyed >= 1800ms; });
+  EXPECT_EQ(handler_->omidSessions().count(key), 1u);
+  EXPECT_EQ(handler_->webviews().count(key), 1u);
+  EXPECT_TRUE(OMIDTarnelAdSessionRegistry::getInstance()->isActive());
   EXPECT_EQ(session.use_count(), 1);  // only this test holds the finished one
 }
 
