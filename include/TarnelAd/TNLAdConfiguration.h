@@ -4,9 +4,11 @@
 
 #include <nlohmann/json.hpp>
 
+#include "TarnelAd/TNLExport.h"
+
 // A configuration that a hosting component has already fetched for the application: the manifest
 // JSON object.
-class TNLAdConfiguration {
+class TNL_EXPORT TNLAdConfiguration {
  public:
   explicit TNLAdConfiguration(nlohmann::ordered_json jsonData) : jsonData_(std::move(jsonData)) {}
 

@@ -3,12 +3,14 @@
 #include <memory>
 #include <string>
 
+#include "TarnelAd/TNLExport.h"
+
 class TNLBannerAdView;
 
 // What a host hears about a banner view. Every operation is optional; the arguments are the
 // banner view and the zone. All three arrive on the main thread, queued (never inside the call
 // that caused them).
-class TNLBannerAdDelegate {
+class TNL_EXPORT TNLBannerAdDelegate {
  public:
   virtual ~TNLBannerAdDelegate() = default;
 

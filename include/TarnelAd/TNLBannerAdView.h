@@ -8,6 +8,7 @@
 
 #include "TarnelAd/TNLBannerAdDelegate.h"
 #include "TarnelAd/TNLBridgeDelegate.h"
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/Toolkit/TNLRect.h"
 #include "TarnelAd/Toolkit/TNLSize.h"
 #include "TarnelAd/Toolkit/TNLView.h"
@@ -41,7 +42,7 @@ enum TNLBannerAdSize : unsigned {
 // window; its ancestors and its position on the screen are not considered. After an expansion
 // that allows touches, touches in the added band at the top of the banner reach what lies behind
 // it. Main thread only, except loadAdForZone.
-class TNLBannerAdView : public TNLView, public TNLBridgeDelegate {
+class TNL_EXPORT TNLBannerAdView : public TNLView, public TNLBridgeDelegate {
  public:
   // The delegate is held weakly, the root view controller strongly: it presents the click-out
   // browser and its view's safe area is the base of expansions by percent. The application ID

@@ -2,13 +2,15 @@
 
 #include <string>
 
+#include "TarnelAd/TNLExport.h"
+
 class TNLBridge;
 
 // The host of a creative's web view (the full-screen controller, the banner view): told what the
 // creative asked for over "bridge://". Called on the main thread. The first eight operations are
 // required; expanding, collapsing and the reward are optional and do nothing unless overridden.
 // Public because the banner view, a view hosts place in their own hierarchy, is one.
-class TNLBridgeDelegate {
+class TNL_EXPORT TNLBridgeDelegate {
  public:
   virtual ~TNLBridgeDelegate() = default;
 

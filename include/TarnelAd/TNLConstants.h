@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <string>
 
+#include "TarnelAd/TNLExport.h"
+
 // ---- HTTP methods ----
 inline constexpr char GET_METHOD[] = "GET";
 inline constexpr char POST_METHOD[] = "POST";
@@ -13,7 +15,7 @@ inline constexpr char POST_METHOD[] = "POST";
 // ---- Manifest endpoint ----
 // The manifest endpoint's format: the base URL (a build option, replaceable by the host through
 // TNLSetup::setManifestBaseURL) followed by "/v4/manifest/%@", where %@ is the application ID.
-std::string TNL_MANIFESTURL();
+TNL_EXPORT std::string TNL_MANIFESTURL();
 inline constexpr char TNL_MANIFESTPATH[] = "/v4/manifest/%@";
 
 // ---- Manifest JSON keys ----

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/TNLLocationSource.h"
 
 // Values that Linux has no service for: the host application's identity and the advertising
@@ -33,7 +34,7 @@ struct TNLHostApplicationInfo {
 // The library captures most facts once, when its device snapshot is first needed; the reachability
 // flags, the device orientation, location and the output volume are read each time they are used,
 // from any thread, so implementations must be thread-safe.
-class TNLDeviceFacts {
+class TNL_EXPORT TNLDeviceFacts {
  public:
   // The platform's numeric device orientations.
   enum class Orientation : int {

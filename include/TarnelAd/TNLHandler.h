@@ -3,13 +3,14 @@
 #include <memory>
 #include <mutex>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/TNLTarnelContext.h"
 
 // The entry of a hosting component (TNLTarnelContext) that has fetched the configuration itself.
 //   TNLHandler::sharedHandler()->initializeWithTarnelContext(context);
 //   ... the context has its configuration ...
 //   TNLHandler::sharedHandler()->onDidFetchConfiguration();
-class TNLHandler {
+class TNL_EXPORT TNLHandler {
  public:
   static std::shared_ptr<TNLHandler> sharedHandler();
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/TNLInterstitialAdDelegate.h"
 
 // Full-screen interstitial ads. Register a delegate first, then load a zone and, once it is
@@ -19,7 +20,7 @@
 // The operations do no thread switching: call them from any thread. Showing presents on the main
 // thread, over the delegate's view, which must then be in a shown window. Loading or showing
 // before a delegate is registered prints a line to the platform log and does nothing else.
-class TNLInterstitialAd {
+class TNL_EXPORT TNLInterstitialAd {
  public:
   // Stores the application ID for the library's requests (std::nullopt removes it), keeps the
   // delegate (strongly) and makes it the view controller interstitials are presented from: the

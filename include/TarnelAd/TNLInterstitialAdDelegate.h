@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "TarnelAd/TNLExport.h"
+
 // What a host hears about its interstitial ads. Every operation is optional; the argument is the
 // zone. Ready and failed arrive on the library's HTTP thread (a ready for a zone that is already
 // loaded arrives at once, on the thread that asked for the load); closed arrives on the main
@@ -10,7 +12,7 @@
 // The object registered with TNLInterstitialAd::setInterstitialAdDelegate is also the view
 // controller that the ads are presented from, so a host derives from both:
 //   class GameScreen : public TNLViewController, public TNLInterstitialAdDelegate { ... };
-class TNLInterstitialAdDelegate {
+class TNL_EXPORT TNLInterstitialAdDelegate {
  public:
   virtual ~TNLInterstitialAdDelegate() = default;
 

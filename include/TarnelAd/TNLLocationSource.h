@@ -5,11 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "TarnelAd/TNLExport.h"
+
 // Where the library's one coarse location fix comes from. The library never asks the user for
 // permission: it asks for a fix only when services are enabled and the host already holds
 // permission. The Linux default reports location services as disabled; a host with a location
 // backend (GeoClue, a GPS daemon) supplies its own source through TNLDeviceFacts.
-class TNLLocationSource {
+class TNL_EXPORT TNLLocationSource {
  public:
   struct Location {
     double latitude = 0;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/TNLRewardedAdDelegate.h"
 
 // Rewarded full-screen ads: the same shape as TNLInterstitialAd, and the delegate also hears
@@ -19,7 +20,7 @@
 // One zone holds one loaded full-screen ad of either type: loading a zone that already holds an
 // interstitial answers the interstitial delegate, and showing a zone with nothing loaded is
 // reported to the interstitial delegate, not to this one.
-class TNLRewardedAd {
+class TNL_EXPORT TNLRewardedAd {
  public:
   // As TNLInterstitialAd::setInterstitialAdDelegate, for rewarded ads.
   static void setRewardedAdDelegate(std::shared_ptr<TNLRewardedAdDelegate> delegate,

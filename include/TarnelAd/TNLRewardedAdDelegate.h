@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "TarnelAd/TNLExport.h"
+
 // What a host hears about its rewarded ads. Every operation is optional; the argument is the
 // zone. Ready and failed arrive on the library's HTTP thread (a ready for a zone that is already
 // loaded arrives at once, on the thread that asked for the load); closed and rewarded arrive on
@@ -10,7 +12,7 @@
 // The object registered with TNLRewardedAd::setRewardedAdDelegate is also the view controller
 // that the ads are presented from:
 //   class GameScreen : public TNLViewController, public TNLRewardedAdDelegate { ... };
-class TNLRewardedAdDelegate {
+class TNL_EXPORT TNLRewardedAdDelegate {
  public:
   virtual ~TNLRewardedAdDelegate() = default;
 

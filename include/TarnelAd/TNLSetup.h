@@ -4,9 +4,10 @@
 #include <string>
 
 #include "TarnelAd/TNLDeviceFacts.h"
+#include "TarnelAd/TNLExport.h"
 
 // Process-wide set-up that a host may do before its first ad request.
-class TNLSetup {
+class TNL_EXPORT TNLSetup {
  public:
   // Replaces the base URL of the manifest endpoint (scheme, host, optional port and path prefix,
   // without a trailing slash), for example "http://127.0.0.1:8080". The library's requests go to

@@ -4,10 +4,11 @@
 #include <string>
 
 #include "TarnelAd/TNLAdConfiguration.h"
+#include "TarnelAd/TNLExport.h"
 
 // A hosting component that owns the application's identity and fetches its configuration, and
 // hands both to the library through TNLHandler.
-class TNLTarnelContext {
+class TNL_EXPORT TNLTarnelContext {
  public:
   virtual ~TNLTarnelContext() = default;
 

@@ -4,6 +4,8 @@
 #include <memory>
 #include <string>
 
+#include "TarnelAd/TNLExport.h"
+
 // GTK types, declared here so that this header does not need the GTK headers.
 typedef struct _GtkWidget GtkWidget;
 typedef struct _GtkWindow GtkWindow;
@@ -23,7 +25,7 @@ class TNLWindow;
 // in WebKitGTK with JavaScript, and navigations reach the web view's navigation delegate. The
 // application state follows the focus and minimising of the windows, the main screen follows
 // the monitor. See docs/architecture.md, "GTK backend".
-class TNLGtkToolkit {
+class TNL_EXPORT TNLGtkToolkit {
  public:
   // Initialises GTK if the host has not and installs the backend. False, with nothing changed,
   // when there is no display or when called off the main thread.

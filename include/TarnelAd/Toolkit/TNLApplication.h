@@ -4,6 +4,8 @@
 #include <mutex>
 #include <vector>
 
+#include "TarnelAd/TNLExport.h"
+
 class TNLWindow;
 
 // Values are the platform's.
@@ -45,7 +47,7 @@ inline constexpr char TNLApplicationWillEnterForegroundNotification[] =
 // The running application: its state, its windows and the orientations. State and orientations
 // are set by the backend (or by tests) and are safe to read from any thread; windows are a
 // main-thread matter. The application starts active, in portrait.
-class TNLApplication {
+class TNL_EXPORT TNLApplication {
  public:
   static std::shared_ptr<TNLApplication> sharedApplication();
 

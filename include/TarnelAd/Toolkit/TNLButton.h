@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/Toolkit/TNLView.h"
 
 enum class TNLButtonType {
@@ -22,7 +23,7 @@ enum class TNLControlState {
 };
 
 // A button with a title per state and actions run when it is tapped (touch up inside).
-class TNLButton : public TNLView {
+class TNL_EXPORT TNLButton : public TNLView {
  public:
   using TapAction = std::function<void(TNLButton& button)>;
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "TarnelAd/TNLExport.h"
+
 // The frame a navigation targets.
-class TNLFrameInfo {
+class TNL_EXPORT TNLFrameInfo {
  public:
   explicit TNLFrameInfo(bool mainFrame) : mainFrame_(mainFrame) {}
 

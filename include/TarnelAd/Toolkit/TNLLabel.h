@@ -4,10 +4,11 @@
 #include <optional>
 #include <string>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/Toolkit/TNLView.h"
 
 // A line of text. Its intrinsic size is the text's, as the peer measures it.
-class TNLLabel : public TNLView {
+class TNL_EXPORT TNLLabel : public TNLView {
  public:
   explicit TNLLabel(const TNLRect& frame = {});
   static std::shared_ptr<TNLLabel> create(const TNLRect& frame = {});

@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include "TarnelAd/TNLExport.h"
+
 class TNLLayoutItem;
 class TNLView;
 
@@ -30,7 +32,7 @@ enum class TNLLayoutRelation {
 // or, without a second item (constant width or height), firstItem.firstAttribute = constant.
 // Items are held weakly; a constraint takes effect once added to a view (TNLView::addConstraint)
 // and is solved by layoutIfNeeded, or by the layout pass that any change schedules.
-class TNLLayoutConstraint {
+class TNL_EXPORT TNLLayoutConstraint {
  public:
   TNLLayoutConstraint(const std::shared_ptr<TNLLayoutItem>& firstItem,
                       TNLLayoutAttribute firstAttribute, TNLLayoutRelation relation,

@@ -2,12 +2,13 @@
 
 #include <memory>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/Toolkit/TNLLayoutItem.h"
 
 // A rectangle that a view defines for layout without being a view itself. The toolkit makes one
 // kind: the safe-area guide of a view (TNLView::safeAreaLayoutGuide()), whose layout frame is the
 // view's bounds inset by its safe-area insets.
-class TNLLayoutGuide : public TNLLayoutItem {
+class TNL_EXPORT TNLLayoutGuide : public TNLLayoutItem {
  public:
   explicit TNLLayoutGuide(std::weak_ptr<TNLView> owningView);
 

@@ -2,12 +2,13 @@
 
 #include <memory>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/Toolkit/TNLRect.h"
 
 class TNLView;
 
 // Something a layout constraint can relate: a view or a layout guide.
-class TNLLayoutItem {
+class TNL_EXPORT TNLLayoutItem {
  public:
   virtual ~TNLLayoutItem() = default;
 

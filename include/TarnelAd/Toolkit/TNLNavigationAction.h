@@ -3,10 +3,11 @@
 #include <optional>
 #include <string>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/Toolkit/TNLFrameInfo.h"
 
 // A navigation the page or the user started, for the navigation delegate to allow or cancel.
-class TNLNavigationAction {
+class TNL_EXPORT TNLNavigationAction {
  public:
   TNLNavigationAction(std::string requestURL, std::optional<TNLFrameInfo> targetFrame)
       : requestURL_(std::move(requestURL)), targetFrame_(targetFrame) {}

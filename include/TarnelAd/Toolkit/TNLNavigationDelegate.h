@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/Toolkit/TNLNavigationAction.h"
 
 class TNLWebView;
@@ -14,7 +15,7 @@ enum class TNLNavigationActionPolicy {
 
 // Told about a web view's navigations, on the main thread. Both operations are optional: without
 // an override every navigation is allowed and a finished load goes unnoticed.
-class TNLNavigationDelegate {
+class TNL_EXPORT TNLNavigationDelegate {
  public:
   using DecisionHandler = std::function<void(TNLNavigationActionPolicy policy)>;
 

@@ -3,13 +3,14 @@
 #include <memory>
 #include <mutex>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/Toolkit/TNLRect.h"
 
 // The main screen: its bounds in points and its scale (pixels per point). The values come from
 // the toolkit backend when the screen is first used and whenever a backend is installed; the
 // backend updates them when the display changes. The headless backend's screen is 375 x 667
 // points at scale 2.0. Safe to read from any thread.
-class TNLScreen {
+class TNL_EXPORT TNLScreen {
  public:
   static std::shared_ptr<TNLScreen> mainScreen();
 

@@ -2,13 +2,14 @@
 
 #include <memory>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/Toolkit/TNLView.h"
 
 class TNLScrollView;
 
 // Hears a scroll view's scrolling. A host that shows a banner in a scroll view passes each scroll
 // on with TNLBannerAdView::informBannerAdOfScrollViewEvent.
-class TNLScrollViewDelegate {
+class TNL_EXPORT TNLScrollViewDelegate {
  public:
   virtual ~TNLScrollViewDelegate() = default;
   // The content offset changed, by the user or by setContentOffset. Main thread.
@@ -17,7 +18,7 @@ class TNLScrollViewDelegate {
 
 // A view whose content can be larger than itself and is scrolled by a content offset (the
 // origin of its bounds).
-class TNLScrollView : public TNLView {
+class TNL_EXPORT TNLScrollView : public TNLView {
  public:
   explicit TNLScrollView(const TNLRect& frame = {});
   static std::shared_ptr<TNLScrollView> create(const TNLRect& frame = {});

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/Toolkit/TNLColor.h"
 #include "TarnelAd/Toolkit/TNLEdgeInsets.h"
 #include "TarnelAd/Toolkit/TNLLayoutItem.h"
@@ -28,7 +29,7 @@ inline constexpr double TNLViewNoIntrinsicMetric = -1.0;
 // The model is what the library reads and writes; a backend renders it through a peer that the
 // view makes when it is first needed (when it joins a tree that is on screen, or when a web view
 // loads) and then tells of every change. Without a peer a view still works in full.
-class TNLView : public TNLLayoutItem, public std::enable_shared_from_this<TNLView> {
+class TNL_EXPORT TNLView : public TNLLayoutItem, public std::enable_shared_from_this<TNLView> {
  public:
   // Called with the key path ("hidden" or "alpha") and the view, after the value was set.
   using KeyValueCallback = std::function<void(const std::string& keyPath, TNLView& view)>;

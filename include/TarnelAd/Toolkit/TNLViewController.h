@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/Toolkit/TNLEdgeInsets.h"
 #include "TarnelAd/Toolkit/TNLSize.h"
 
@@ -23,7 +24,7 @@ class TNLWindow;
 // The transition is the backend's and always ends on a later main-loop iteration, so the
 // completion never runs inside present or dismiss. Presentations and dismissals run one at a
 // time in the order asked; one asked during another starts when that one has finished.
-class TNLViewController : public std::enable_shared_from_this<TNLViewController> {
+class TNL_EXPORT TNLViewController : public std::enable_shared_from_this<TNLViewController> {
  public:
   TNLViewController();
   virtual ~TNLViewController();

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/Toolkit/TNLNavigationDelegate.h"
 #include "TarnelAd/Toolkit/TNLView.h"
 #include "TarnelAd/Toolkit/TNLWebViewConfiguration.h"
@@ -18,7 +19,7 @@ class TNLWebEnginePeer;
 //
 // The headless backend's engine runs no page: tests drive it through
 // TNLHeadlessWebEngine::of(webView) (src/Platform/Toolkit/Headless/TNLHeadlessWebEngine.h).
-class TNLWebView : public TNLView {
+class TNL_EXPORT TNLWebView : public TNLView {
  public:
   TNLWebView(const TNLRect& frame, const TNLWebViewConfiguration& configuration);
   static std::shared_ptr<TNLWebView> create(const TNLRect& frame,

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/Toolkit/TNLView.h"
 
 class TNLViewController;
@@ -9,7 +10,7 @@ class TNLViewController;
 // A window: the root of a view tree, with its frame in screen coordinates. Windows start hidden;
 // makeKeyAndVisible shows one and makes it the application's key window. A window registers
 // itself with the application (TNLApplication::windows()) when made by create() or first shown.
-class TNLWindow : public TNLView {
+class TNL_EXPORT TNLWindow : public TNLView {
  public:
   explicit TNLWindow(const TNLRect& frame);
   // A window over the whole main screen.
