@@ -4,8 +4,8 @@
 set -euo pipefail
 
 packages=(
-  # build and test tooling
-  cmake ninja-build g++ pkg-config clang-format
+  # build and test tooling; dpkg-dev for the Debian packages' dependencies (dpkg-shlibdeps)
+  cmake ninja-build g++ pkg-config clang-format dpkg-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   # libraries of the SDK
   libcurl4-openssl-dev nlohmann-json3-dev libxml2-dev libglib2.0-dev
