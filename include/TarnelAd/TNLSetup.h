@@ -26,6 +26,15 @@ class TNL_EXPORT TNLSetup {
   static void setDeviceFacts(std::shared_ptr<TNLDeviceFacts> facts);
   static std::shared_ptr<TNLDeviceFacts> deviceFacts();
 
+  // The full-screen delegates' ready and failed callbacks come, by default, on the thread that
+  // completed the work: the library's HTTP thread, or the loading thread for a zone already
+  // loaded. With `onMainThread` true they are queued to the main thread (the one that runs GLib's
+  // default main context, where a GTK host runs its loop) in the order they were made, and one
+  // made on the main thread still runs at once; the host then needs no thread hopping of its
+  // own. Closed, rewarded and every banner callback come on the main thread either way.
+  static void setCallbacksOnMainThread(bool onMainThread);
+  static bool callbacksOnMainThread();
+
   // Renders views in memory without a display (the default): web views run no engine. Hosts
   // that want real windows install the GTK backend instead (TarnelAd/Gtk). Call at start-up,
   // before any view is made.
