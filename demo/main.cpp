@@ -347,10 +347,12 @@ int main(int argc, char** argv) {
   if (options->manifestBase) {
     TNLSetup::setManifestBaseURL(*options->manifestBase);
   } else {
-    server = std::make_unique<TNLDemoAdServer>(options->appId,
-                                               [](const std::string& event, const std::string&) {
-                                                 std::cerr << "ad service: event " << event << "\n";
-                                               });
+    server = std::make_unique<TNLDemoAdServer>(options->appId, [](const std::string& event,
+                                                                  const std::string& query) {
+      // VAST pixels name their event and the video's
+      // playhead in the query.
+      std::cerr << "ad service: event " << event << (event == "VAST" ? " " + query : "") << "\n";
+    });
     TNLSetup::setManifestBaseURL(server->baseURL());
     std::cerr << "tarnel-demo: bundled ad service at " << server->baseURL() << "\n";
   }

@@ -16,6 +16,9 @@ packages=(
   libcpp-httplib-dev
   # headless display for web tests and the demo; synthesised pointer input in the e2e tests
   xvfb xauth libxtst-dev
+  # video in web views: WebKitGTK plays the demo's VP9-in-MP4 clip through GStreamer (demuxer and
+  # decoder in the good plugins); gst-launch-1.0 makes the clip from a test pattern
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-tools
   # runtime for the sanitizer presets
   libclang-rt-14-dev
 )
