@@ -19,6 +19,8 @@ packages=(
   # video in web views: WebKitGTK plays the demo's VP9-in-MP4 clip through GStreamer (demuxer and
   # decoder in the good plugins); gst-launch-1.0 makes the clip from a test pattern
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-tools
+  # API reference (the docs target)
+  doxygen
   # runtime for the sanitizer presets
   libclang-rt-14-dev
 )

@@ -4,7 +4,7 @@
 /// @brief The export macro of the public API.
 ///
 /// The libraries are built with hidden symbols: only the classes and functions marked
-/// #TNL_EXPORT in the public headers are visible to the programs that link them. Plain structures
+/// TNL_EXPORT in the public headers are visible to the programs that link them. Plain structures
 /// without out-of-line functions need no mark.
 
 #if defined(__GNUC__) || defined(__clang__)
