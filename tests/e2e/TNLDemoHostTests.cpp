@@ -80,18 +80,6 @@ bool isPNG(const std::filesystem::path& path) {
          std::filesystem::file_size(path) > 10000;
 }
 
-TEST(DemoHost, TheBundledServiceShowsEveryFormatAndScreenshotsIt) {
-  const auto shots =
-      std::filesystem::temp_directory_path() / ("tarnel-demo-shots-" + std::to_string(::getpid()));
-  const DemoRun run = runDemo("--timeout 60 --screenshot " + shots.string());
-  EXPECT_EQ(run.exitCode, 0);
-  EXPECT_EQ(run.lines, allFormats("demo-zone"));
-  for (const char* format : {"interstitial", "rewarded", "banner"}) {
-    EXPECT_TRUE(isPNG(shots / (std::string(format) + ".png"))) << format;
-  }
-  std::filesystem::remove_all(shots);
-}
-
 // The pixels in the image whose colour is near `rgb`.
 size_t pixelsNear(const std::filesystem::path& png, std::array<int, 3> rgb) {
   GdkPixbuf* image = gdk_pixbuf_new_from_file(png.c_str(), nullptr);
@@ -115,14 +103,18 @@ size_t pixelsNear(const std::filesystem::path& png, std::array<int, 3> rgb) {
   return count;
 }
 
-TEST(DemoHost, TheRewardedAdPlaysTheBundledClipToItsEnd) {
+TEST(DemoHost, TheBundledServiceShowsEveryFormatPlaysTheClipAndScreenshotsIt) {
   const auto shots =
-      std::filesystem::temp_directory_path() / ("tarnel-demo-clip-" + std::to_string(::getpid()));
-  const DemoRun run = runDemo("--format rewarded --timeout 60 --screenshot " + shots.string());
+      std::filesystem::temp_directory_path() / ("tarnel-demo-shots-" + std::to_string(::getpid()));
+  const DemoRun run = runDemo("--timeout 60 --screenshot " + shots.string());
   EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.lines, allFormats("demo-zone"));
+  for (const char* format : {"interstitial", "rewarded", "banner"}) {
+    EXPECT_TRUE(isPNG(shots / (std::string(format) + ".png"))) << format;
+  }
 
-  // The template page's VAST pixels for the clip: every step once and in order, the video's
-  // playhead moving on between them, and no error pixel.
+  // The rewarded ad's template page reports the clip with VAST pixels: every step once and in
+  // order, the video's playhead moving on between them, and no error pixel.
   const std::string prefix = "ad service: event VAST event=";
   Lines events;
   std::vector<double> playheads;
@@ -144,7 +136,7 @@ TEST(DemoHost, TheRewardedAdPlaysTheBundledClipToItsEnd) {
       << "the playhead moves on";
   EXPECT_GE(playheads.back(), 3.9);
 
-  // Taken while it plays: the clip's colour bars are on screen.
+  // Taken while it plays, in the ad's cover window: the clip's colour bars are on screen.
   for (const auto& bar :
        {std::array{255, 255, 0}, std::array{0, 255, 255}, std::array{255, 0, 255}}) {
     EXPECT_GT(pixelsNear(shots / "rewarded.png", bar), 2000u);
