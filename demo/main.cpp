@@ -41,26 +41,21 @@ struct Options {
   bool logs = false;
 };
 
-// Takes a string GLib allocated.
-std::optional<std::string> take(gchar* text) {
-  if (text == nullptr) {
-    return std::nullopt;
-  }
-  std::string value = text;
-  g_free(text);
-  return value;
+std::optional<std::string> optionalText(const gchar* text) {
+  return text == nullptr ? std::nullopt : std::optional<std::string>(text);
 }
 
 // Parses the command line with GLib's option parser (--help lists the options); nullopt, after a
 // message, when it is not understood.
 std::optional<Options> parseOptions(int& argc, char**& argv) {
   Options options;
-  gchar** formats = nullptr;
-  gchar* zone = nullptr;
-  gchar* appId = nullptr;
-  gchar* manifestBase = nullptr;
-  gchar* markupFile = nullptr;
-  gchar* screenshotDir = nullptr;
+  // GLib allocates what it parses; these free it when they go out of scope.
+  g_auto(GStrv) formats = nullptr;
+  g_autofree gchar* zone = nullptr;
+  g_autofree gchar* appId = nullptr;
+  g_autofree gchar* manifestBase = nullptr;
+  g_autofree gchar* markupFile = nullptr;
+  g_autofree gchar* screenshotDir = nullptr;
   gboolean logs = FALSE;
   const GOptionEntry entries[] = {
       {"format", 'f', 0, G_OPTION_ARG_STRING_ARRAY, &formats,
@@ -79,33 +74,29 @@ std::optional<Options> parseOptions(int& argc, char**& argv) {
       {"logs", 0, 0, G_OPTION_ARG_NONE, &logs, "Switch on the library's diagnostic log", nullptr},
       {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
   };
-  GOptionContext* context = g_option_context_new("- show TarnelAd ads in real windows");
+  g_autoptr(GOptionContext) context = g_option_context_new("- show TarnelAd ads in real windows");
   g_option_context_add_main_entries(context, entries, nullptr);
   g_option_context_set_description(
       context,
       "Without --manifest-base the bundled ad service runs on 127.0.0.1. One line per delegate\n"
       "callback goes to stdout; the exit status is 0 once every requested ad has closed.\n");
-  GError* error = nullptr;
-  const bool parsed = g_option_context_parse(context, &argc, &argv, &error);
-  g_option_context_free(context);
-  if (!parsed) {
+  g_autoptr(GError) error = nullptr;
+  if (!g_option_context_parse(context, &argc, &argv, &error)) {
     std::cerr << "tarnel-demo: " << error->message << " (see --help)\n";
-    g_error_free(error);
     return std::nullopt;
   }
 
   for (gchar** format = formats; format != nullptr && *format != nullptr; ++format) {
     options.formats.emplace_back(*format);
   }
-  g_strfreev(formats);
-  options.zone = take(zone).value_or(options.zone);
-  options.appId = take(appId).value_or(options.appId);
-  options.manifestBase = take(manifestBase);
-  if (const auto directory = take(screenshotDir)) {
-    options.screenshotDir = *directory;
+  options.zone = optionalText(zone).value_or(options.zone);
+  options.appId = optionalText(appId).value_or(options.appId);
+  options.manifestBase = optionalText(manifestBase);
+  if (screenshotDir != nullptr) {
+    options.screenshotDir = screenshotDir;
   }
   options.logs = logs;
-  const auto markupPath = take(markupFile);
+  const auto markupPath = optionalText(markupFile);
 
   for (const auto& format : options.formats) {
     if (format != "interstitial" && format != "rewarded" && format != "banner") {
