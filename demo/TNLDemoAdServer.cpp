@@ -1,6 +1,8 @@
 #include "TNLDemoAdServer.h"
 
 #include <chrono>
+#include <fstream>
+#include <sstream>
 #include <stdexcept>
 
 #include <httplib.h>
@@ -12,10 +14,18 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// A public sample clip: it plays where the machine has the network and the decoders; the
-// template page runs its course without it.
-constexpr char kClipURL[] =
-    "https://iab-publicfiles.s3.amazonaws.com/vast/VAST-4.0-Short-Intro.mp4";
+// The rewarded ad's clip, made at build time by scripts/make-demo-clip.sh.
+std::string clip() {
+  std::ifstream file(TNL_DEMO_CLIP, std::ios::binary);
+  std::ostringstream bytes;
+  bytes << file.rdbuf();
+  return bytes.str();
+}
+
+// A VAST tracking pixel: the template page fills in the playhead ("[CONTENTPLAYHEAD]").
+std::string pixel(const std::string& base, const std::string& event, const std::string& source) {
+  return base + "/vast/pixel?event=" + event + "&source=" + source + "&playhead=[CONTENTPLAYHEAD]";
+}
 
 std::string wrapper(const std::string& id, const std::string& next, const std::string& base) {
   return R"(<?xml version="1.0" encoding="UTF-8"?>
@@ -27,13 +37,13 @@ std::string wrapper(const std::string& id, const std::string& next, const std::s
       <VASTAdTagURI><![CDATA[)" +
          next + R"(]]></VASTAdTagURI>
       <Impression><![CDATA[)" +
-         base + "/vast/pixel?wrapper=" + id + R"(]]></Impression>
+         base + "/vast/pixel?event=impression&source=" + id + R"(]]></Impression>
       <Creatives>
         <Creative>
           <Linear>
             <TrackingEvents>
               <Tracking event="complete"><![CDATA[)" +
-         base + "/vast/pixel?complete=" + id + R"(]]></Tracking>
+         pixel(base, "complete", id) + R"(]]></Tracking>
             </TrackingEvents>
           </Linear>
         </Creative>
@@ -45,25 +55,31 @@ std::string wrapper(const std::string& id, const std::string& next, const std::s
 }
 
 std::string inlineAd(const std::string& base) {
+  std::string tracking;
+  for (const char* event : {"start", "firstQuartile", "midpoint", "thirdQuartile", "complete"}) {
+    tracking += std::string("\n              <Tracking event=\"") + event + "\"><![CDATA[" +
+                pixel(base, event, "inline") + "]]></Tracking>";
+  }
   return R"(<?xml version="1.0" encoding="UTF-8"?>
 <VAST version="3.0">
   <Ad id="tarnel-demo-video">
     <InLine>
       <AdSystem>Tarnel demo</AdSystem>
       <AdTitle>Tarnel demo video</AdTitle>
+      <Error><![CDATA[)" +
+         base + R"(/vast/pixel?event=error&source=inline&code=[ERRORCODE]]]></Error>
       <Impression><![CDATA[)" +
-         base + R"(/vast/pixel?impression=inline]]></Impression>
+         base + R"(/vast/pixel?event=impression&source=inline]]></Impression>
       <Creatives>
         <Creative>
           <Linear>
             <Duration>00:00:04</Duration>
-            <TrackingEvents>
-              <Tracking event="start"><![CDATA[)" +
-         base + R"(/vast/pixel?start=inline]]></Tracking>
+            <TrackingEvents>)" +
+         tracking + R"(
             </TrackingEvents>
             <MediaFiles>
               <MediaFile delivery="progressive" type="video/mp4" width="640" height="360"><![CDATA[)" +
-         std::string(kClipURL) + R"(]]></MediaFile>
+         base + R"(/media/clip.mp4]]></MediaFile>
             </MediaFiles>
           </Linear>
         </Creative>
@@ -188,8 +204,15 @@ void TNLDemoAdServer::addRoutes() {
   server_->Get("/vast/inline", [this](const httplib::Request&, httplib::Response& res) {
     res.set_content(inlineAd(baseURL()), "application/xml");
   });
-  server_->Get("/vast/pixel",
-               [](const httplib::Request&, httplib::Response& res) { res.status = 204; });
+  // VAST pixels, reported as the event "VAST" with their query (event, source, playhead).
+  server_->Get("/vast/pixel", [this](const httplib::Request& req, httplib::Response& res) {
+    report("VAST", req);
+    res.status = 204;
+  });
+  // The clip; cpp-httplib answers range requests, which media players make.
+  server_->Get("/media/clip.mp4", [](const httplib::Request&, httplib::Response& res) {
+    res.set_content(clip(), "video/mp4");
+  });
 
   server_->Get("/creatives/interstitial.html", [](const httplib::Request&, httplib::Response& res) {
     res.set_content(TNLDemoCreatives::interstitialPage(), "text/html; charset=utf-8");
@@ -203,11 +226,14 @@ void TNLDemoAdServer::addRoutes() {
                });
 
   server_->Get("/monitor", [this](const httplib::Request& req, httplib::Response& res) {
-    if (onEvent_) {
-      const auto query = req.target.find('?');
-      onEvent_(req.get_param_value("event"),
-               query == std::string::npos ? "" : req.target.substr(query + 1));
-    }
+    report(req.get_param_value("event"), req);
     res.status = 204;
   });
+}
+
+void TNLDemoAdServer::report(const std::string& event, const httplib::Request& request) const {
+  if (onEvent_) {
+    const auto query = request.target.find('?');
+    onEvent_(event, query == std::string::npos ? "" : request.target.substr(query + 1));
+  }
 }

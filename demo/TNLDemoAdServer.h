@@ -8,16 +8,19 @@
 
 namespace httplib {
 class Server;
-}
+struct Request;
+}  // namespace httplib
 
 // The demo's bundled ad service on 127.0.0.1: the manifest, three demand sources that exercise the
-// waterfall (one that fails, one with HTML ads, one with a VAST wrapper chain down to an inline MP4
-// and its template page), the creatives, and a monitoring endpoint that reports each event.
+// waterfall (one that fails, one with HTML ads, one with a VAST wrapper chain down to an inline ad
+// whose MP4 clip it serves too, played on its template page), the creatives, and a monitoring
+// endpoint; each tracker event and each VAST pixel (event "VAST") is reported.
 class TNLDemoAdServer {
  public:
   using EventSink = std::function<void(const std::string& event, const std::string& query)>;
 
-  // Starts at once on an ephemeral port; `onEvent` hears every tracker event that arrives.
+  // Starts at once on an ephemeral port; `onEvent` hears every tracker event and VAST pixel that
+  // arrives, with the request's query.
   TNLDemoAdServer(std::string appId, EventSink onEvent);
   ~TNLDemoAdServer();
   TNLDemoAdServer(const TNLDemoAdServer&) = delete;
@@ -28,6 +31,7 @@ class TNLDemoAdServer {
 
  private:
   void addRoutes();
+  void report(const std::string& event, const httplib::Request& request) const;
 
   const std::string appId_;
   const EventSink onEvent_;

@@ -71,7 +71,7 @@ std::string vastTemplatePage() {
                             justify-content: center; font-size: 20px; opacity: .8; })",
               R"(<div class="fill" data-zone="^#zone#^" data-site="^#site#^">
                  <h1 id="title">Video ad</h1><div class="screen">
-                 <video id="video" src="^#video#^" autoplay muted playsinline></video>
+                 <video id="video" src="^#video#^" muted playsinline></video>
                  <div id="caption">&#9654; loading the clip</div></div>
                  <p>Reward in <span id="countdown">4</span> s</p>
                  <div class="track"><div id="progress"></div></div></div><div id="status"></div>
@@ -81,15 +81,61 @@ std::string vastTemplatePage() {
     var vast = new DOMParser().parseFromString(document.getElementById('vast').textContent, 'application/xml');
     var title = vast.getElementsByTagName('AdTitle')[0];
     if (title) document.getElementById('title').textContent = title.textContent.trim();
-    // The clip plays when the machine can fetch and decode it; the ad runs its course either way.
     var video = document.getElementById('video'), caption = document.getElementById('caption');
-    video.addEventListener('playing', function () { caption.style.display = 'none'; });
-    video.addEventListener('error', function () { caption.textContent = 'The clip cannot play here'; });
-    video.play().catch(function () { caption.textContent = 'The clip cannot play here'; });
-    play(4, function () {
+    var fired = {}, finished = false;
+    // The video's position as VAST writes it: HH:MM:SS.mmm.
+    function playhead() {
+      var ms = Math.round(video.currentTime * 1000), s = Math.floor(ms / 1000);
+      function two(n) { return (n < 10 ? '0' : '') + n; }
+      return two(Math.floor(s / 3600)) + ':' + two(Math.floor(s / 60) % 60) + ':' + two(s % 60) +
+             '.' + ('00' + ms % 1000).slice(-3);
+    }
+    // Requests, once, the URL of every element `tag` of the document (with the attribute event,
+    // when one is given), its macros filled in by `fill`.
+    function ping(tag, event, fill) {
+      if (fired[tag + event]) return;
+      fired[tag + event] = true;
+      Array.prototype.forEach.call(vast.getElementsByTagName(tag), function (element) {
+        if (!event || element.getAttribute('event') === event) new Image().src = fill(element.textContent.trim());
+      });
+    }
+    function track(event) {
+      ping('Tracking', event, function (url) {
+        return url.replace('[CONTENTPLAYHEAD]', encodeURIComponent(playhead()));
+      });
+    }
+    function finish() {
+      if (finished) return;
+      finished = true;
       bridge('reward');
       setTimeout(function () { bridge('close'); }, 400);
+    }
+    // No decoder, no data: VAST error 405 (the file cannot be played), and the ad runs its course.
+    function cannotPlay() {
+      if (fired.Trackingstart || fired.Error || finished) return;
+      caption.textContent = 'The clip cannot play here';
+      ping('Error', '', function (url) { return url.replace('[ERRORCODE]', '405'); });
+      play(4, finish);
+    }
+    video.addEventListener('playing', function () {
+      caption.style.display = 'none';
+      ping('Impression', '', function (url) { return url; });
+      track('start');
     });
+    video.addEventListener('timeupdate', function () {
+      if (!video.duration) return;
+      var part = video.currentTime / video.duration;
+      document.getElementById('progress').style.width = 100 * part + '%';
+      document.getElementById('countdown').textContent = Math.ceil(video.duration - video.currentTime);
+      if (part >= 0.25) track('firstQuartile');
+      if (part >= 0.5) track('midpoint');
+      if (part >= 0.75) track('thirdQuartile');
+    });
+    video.addEventListener('ended', function () { track('complete'); finish(); });
+    video.addEventListener('error', cannotPlay);
+    // Started here rather than by autoplay, so that no event comes before its listener.
+    video.play().catch(cannotPlay);
+    setTimeout(cannotPlay, 10000);
   };
 )JS");
 }

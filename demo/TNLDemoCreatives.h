@@ -3,7 +3,9 @@
 #include <string>
 
 // The demo's creatives: HTML pages that receive their payload, play for a few seconds and close
-// themselves through the bridge. The rewarded one grants its reward before closing.
+// themselves through the bridge. The rewarded one plays the VAST ad's clip, requests the
+// document's tracking pixels as it goes (its error pixel when the clip cannot play) and grants its
+// reward when the clip has ended, before closing.
 namespace TNLDemoCreatives {
 
 // A full-screen HTML creative.

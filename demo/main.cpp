@@ -1,10 +1,6 @@
 // tarnel-demo: a host application that shows interstitial, rewarded and banner ads in real windows.
 // It uses only the library's public API (and GLib's loop, which every GTK host runs), and is the
-// example that the README points hosts to.
-//
-//   tarnel-demo [--format interstitial|rewarded|banner]... [--zone Z] [--app-id ID]
-//               [--manifest-base URL] [--markup FILE] [--screenshot DIR] [--timeout SECONDS]
-//               [--logs]
+// example that the README points hosts to. tarnel-demo --help lists its options.
 //
 // Without --manifest-base it starts the bundled ad service on 127.0.0.1. It prints one line per
 // delegate callback on stdout ("ready|failed|rewarded|closed <format> <zone>") and exits 0 once
@@ -23,7 +19,6 @@
 #include <functional>
 #include <iostream>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -46,81 +41,88 @@ struct Options {
   bool logs = false;
 };
 
-constexpr char kUsage[] =
-    "usage: tarnel-demo [--format interstitial|rewarded|banner]... [--zone Z] [--app-id ID]\n"
-    "                   [--manifest-base URL] [--markup FILE] [--screenshot DIR]\n"
-    "                   [--timeout SECONDS] [--logs]\n";
+std::optional<std::string> optionalText(const gchar* text) {
+  return text == nullptr ? std::nullopt : std::optional<std::string>(text);
+}
 
-// Parses the command line; nullopt (after a message) when it is not understood.
-std::optional<Options> parseOptions(int argc, char** argv) {
+// Parses the command line with GLib's option parser (--help lists the options); nullopt, after a
+// message, when it is not understood.
+std::optional<Options> parseOptions(int& argc, char**& argv) {
   Options options;
-  for (int i = 1; i < argc; ++i) {
-    const std::string arg = argv[i];
-    const auto value = [&]() -> std::optional<std::string> {
-      if (i + 1 >= argc) {
-        std::cerr << "tarnel-demo: " << arg << " needs a value\n";
-        return std::nullopt;
-      }
-      return std::string(argv[++i]);
-    };
-    std::optional<std::string> v;
-    if (arg == "--logs") {
-      options.logs = true;
-      continue;
-    }
-    if (arg == "--help" || arg == "-h") {
-      std::cout << kUsage;
-      std::exit(0);
-    }
-    if (arg != "--format" && arg != "--zone" && arg != "--app-id" && arg != "--manifest-base" &&
-        arg != "--markup" && arg != "--screenshot" && arg != "--timeout") {
-      std::cerr << "tarnel-demo: unknown argument " << arg << "\n" << kUsage;
+  // GLib allocates what it parses; these free it when they go out of scope.
+  g_auto(GStrv) formats = nullptr;
+  g_autofree gchar* zone = nullptr;
+  g_autofree gchar* appId = nullptr;
+  g_autofree gchar* manifestBase = nullptr;
+  g_autofree gchar* markupFile = nullptr;
+  g_autofree gchar* screenshotDir = nullptr;
+  gboolean logs = FALSE;
+  const GOptionEntry entries[] = {
+      {"format", 'f', 0, G_OPTION_ARG_STRING_ARRAY, &formats,
+       "Ad to show: interstitial, rewarded or banner; repeat for several (default: all three)",
+       "FORMAT"},
+      {"zone", 'z', 0, G_OPTION_ARG_STRING, &zone, "Zone to load (default: demo-zone)", "ZONE"},
+      {"app-id", 0, 0, G_OPTION_ARG_STRING, &appId, "Application ID (default: tarnel-demo)", "ID"},
+      {"manifest-base", 0, 0, G_OPTION_ARG_STRING, &manifestBase,
+       "Use this ad service instead of the bundled one", "URL"},
+      {"markup", 0, 0, G_OPTION_ARG_FILENAME, &markupFile,
+       "Full-screen ad markup to show instead of requesting an ad", "FILE"},
+      {"screenshot", 0, 0, G_OPTION_ARG_FILENAME, &screenshotDir,
+       "Write a PNG of each ad while it is on screen into DIR", "DIR"},
+      {"timeout", 't', 0, G_OPTION_ARG_INT, &options.timeoutSeconds,
+       "Give up after SECONDS (default: 30)", "SECONDS"},
+      {"logs", 0, 0, G_OPTION_ARG_NONE, &logs, "Switch on the library's diagnostic log", nullptr},
+      {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr},
+  };
+  g_autoptr(GOptionContext) context = g_option_context_new("- show TarnelAd ads in real windows");
+  g_option_context_add_main_entries(context, entries, nullptr);
+  g_option_context_set_description(
+      context,
+      "Without --manifest-base the bundled ad service runs on 127.0.0.1. One line per delegate\n"
+      "callback goes to stdout; the exit status is 0 once every requested ad has closed.\n");
+  g_autoptr(GError) error = nullptr;
+  if (!g_option_context_parse(context, &argc, &argv, &error)) {
+    std::cerr << "tarnel-demo: " << error->message << " (see --help)\n";
+    return std::nullopt;
+  }
+
+  for (gchar** format = formats; format != nullptr && *format != nullptr; ++format) {
+    options.formats.emplace_back(*format);
+  }
+  options.zone = optionalText(zone).value_or(options.zone);
+  options.appId = optionalText(appId).value_or(options.appId);
+  options.manifestBase = optionalText(manifestBase);
+  if (screenshotDir != nullptr) {
+    options.screenshotDir = screenshotDir;
+  }
+  options.logs = logs;
+  const auto markupPath = optionalText(markupFile);
+
+  for (const auto& format : options.formats) {
+    if (format != "interstitial" && format != "rewarded" && format != "banner") {
+      std::cerr << "tarnel-demo: unknown format " << format << " (see --help)\n";
       return std::nullopt;
-    }
-    if (!(v = value())) {
-      return std::nullopt;
-    }
-    if (arg == "--format") {
-      if (*v != "interstitial" && *v != "rewarded" && *v != "banner") {
-        std::cerr << "tarnel-demo: unknown format " << *v << "\n" << kUsage;
-        return std::nullopt;
-      }
-      options.formats.push_back(*v);
-    } else if (arg == "--zone") {
-      options.zone = *v;
-    } else if (arg == "--app-id") {
-      options.appId = *v;
-    } else if (arg == "--manifest-base") {
-      options.manifestBase = *v;
-    } else if (arg == "--markup") {
-      std::ifstream file(*v, std::ios::binary);
-      if (!file) {
-        std::cerr << "tarnel-demo: cannot read " << *v << "\n";
-        return std::nullopt;
-      }
-      std::ostringstream text;
-      text << file.rdbuf();
-      options.markup = text.str();
-    } else if (arg == "--screenshot") {
-      options.screenshotDir = *v;
-    } else if (arg == "--timeout") {
-      try {
-        options.timeoutSeconds = std::stoi(*v);
-      } catch (const std::exception&) {
-        std::cerr << "tarnel-demo: --timeout needs a number of seconds\n";
-        return std::nullopt;
-      }
     }
   }
   if (options.formats.empty()) {
     options.formats = {"interstitial", "rewarded", "banner"};
   }
+  if (markupPath) {
+    std::ifstream file(*markupPath, std::ios::binary);
+    if (!file) {
+      std::cerr << "tarnel-demo: cannot read " << *markupPath << "\n";
+      return std::nullopt;
+    }
+    std::ostringstream text;
+    text << file.rdbuf();
+    options.markup = text.str();
+  }
   return options;
 }
 
-// Without a display, runs this program again under a virtual one (Xvfb); returns only when that
-// cannot be done.
-void reexecUnderXvfbWithoutDisplay(int argc, char** argv) {
+// Without a display, runs this program again, with the same arguments, under a virtual one (Xvfb);
+// returns only when that cannot be done.
+void reexecUnderXvfbWithoutDisplay(const std::vector<std::string>& arguments) {
   const char* display = std::getenv("DISPLAY");
   if (display != nullptr && *display != '\0') {
     return;
@@ -128,9 +130,7 @@ void reexecUnderXvfbWithoutDisplay(int argc, char** argv) {
   std::vector<std::string> args = {"xvfb-run", "-a", "-s", "-screen 0 1280x1024x24"};
   // /proc/self/exe: argv[0] may be a bare name that xvfb-run would not find.
   args.push_back(std::filesystem::read_symlink("/proc/self/exe").string());
-  for (int i = 1; i < argc; ++i) {
-    args.emplace_back(argv[i]);
-  }
+  args.insert(args.end(), arguments.begin(), arguments.end());
   std::vector<char*> raw;
   for (auto& a : args) {
     raw.push_back(a.data());
@@ -141,7 +141,7 @@ void reexecUnderXvfbWithoutDisplay(int argc, char** argv) {
   std::cerr << "tarnel-demo: no display and no xvfb-run (install the xvfb package)\n";
 }
 
-// Runs `task` on the main loop (the library calls some delegates on its network thread).
+// Runs `task` on a later iteration of the main loop.
 void onMainLoop(std::function<void()> task) {
   g_idle_add_full(
       G_PRIORITY_DEFAULT,
@@ -204,7 +204,8 @@ class DemoScreen : public TNLViewController,
     g_main_loop_quit(loop_);
   }
 
-  // Full-screen ads: ready and failed arrive on the library's network thread.
+  // Every callback arrives on the main thread (TNLSetup::setCallbacksOnMainThread for the
+  // full-screen ones), so the screen is used from there without locks or hops.
   void onInterstitialAdReadyForZone(const std::string& zone) override {
     ready("interstitial", zone);
   }
@@ -221,7 +222,6 @@ class DemoScreen : public TNLViewController,
     print("rewarded", "rewarded", zone);
   }
 
-  // Banners: every callback arrives on the main thread.
   void onBannerAdReadyForZone(const std::shared_ptr<TNLBannerAdView>&,
                               const std::string& zone) override {
     print("ready", "banner", zone);
@@ -239,29 +239,28 @@ class DemoScreen : public TNLViewController,
 
  private:
   void print(const char* what, const std::string& format, const std::string& zone) {
-    std::lock_guard lock(outputMutex_);
     std::cout << what << ' ' << format << ' ' << zone << std::endl;
   }
 
   void ready(const std::string& format, const std::string& zone) {
     print("ready", format, zone);
-    onMainLoop([this, format, zone] {
-      if (format == "interstitial") {
-        TNLInterstitialAd::showInterstitialAdForZone(zone);
-      } else {
-        TNLRewardedAd::showRewardedAdForZone(zone);
-      }
-      screenshotLater(format);
-    });
+    if (format == "interstitial") {
+      TNLInterstitialAd::showInterstitialAdForZone(zone);
+    } else {
+      TNLRewardedAd::showRewardedAdForZone(zone);
+    }
+    screenshotLater(format);
   }
 
   void failed(const std::string& format, const std::string& zone) {
     print("failed", format, zone);
-    onMainLoop([this] { finish(1); });
+    finish(1);
   }
 
   void closed(const std::string& format, const std::string& zone) {
     print("closed", format, zone);
+    // The library forgets the closed zone after this callback; the next load of the same zone
+    // comes after that.
     onMainLoop([this, format] {
       if (!pending_.empty() && pending_.front() == format) {
         pending_.pop_front();
@@ -305,18 +304,18 @@ class DemoScreen : public TNLViewController,
   GMainLoop* const loop_;
   std::deque<std::string> pending_;
   std::shared_ptr<TNLBannerAdView> banner_;
-  std::mutex outputMutex_;
   int exitCode_ = 1;
 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
   const auto options = parseOptions(argc, argv);
   if (!options) {
     return 2;
   }
-  reexecUnderXvfbWithoutDisplay(argc, argv);
+  reexecUnderXvfbWithoutDisplay(arguments);
   if (!TNLGtkToolkit::useGtkBackend()) {
     std::cerr << "tarnel-demo: cannot open the display\n";
     return 1;
@@ -325,6 +324,7 @@ int main(int argc, char** argv) {
     std::filesystem::create_directories(*options->screenshotDir);
   }
   TNLInterstitialAd::showTNLLogs(options->logs);
+  TNLSetup::setCallbacksOnMainThread(true);
 
   // What the library reports about this application (its requests and user agent carry it).
   TNLHostApplicationInfo application;
@@ -338,10 +338,12 @@ int main(int argc, char** argv) {
   if (options->manifestBase) {
     TNLSetup::setManifestBaseURL(*options->manifestBase);
   } else {
-    server = std::make_unique<TNLDemoAdServer>(options->appId,
-                                               [](const std::string& event, const std::string&) {
-                                                 std::cerr << "ad service: event " << event << "\n";
-                                               });
+    server = std::make_unique<TNLDemoAdServer>(options->appId, [](const std::string& event,
+                                                                  const std::string& query) {
+      // VAST pixels name their event and the video's
+      // playhead in the query.
+      std::cerr << "ad service: event " << event << (event == "VAST" ? " " + query : "") << "\n";
+    });
     TNLSetup::setManifestBaseURL(server->baseURL());
     std::cerr << "tarnel-demo: bundled ad service at " << server->baseURL() << "\n";
   }

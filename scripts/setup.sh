@@ -4,8 +4,8 @@
 set -euo pipefail
 
 packages=(
-  # build and test tooling
-  cmake ninja-build g++ pkg-config clang-format
+  # build and test tooling; dpkg-dev for the Debian packages' dependencies (dpkg-shlibdeps)
+  cmake ninja-build g++ pkg-config clang-format dpkg-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   # libraries of the SDK
   libcurl4-openssl-dev nlohmann-json3-dev libxml2-dev libglib2.0-dev
@@ -16,6 +16,11 @@ packages=(
   libcpp-httplib-dev zlib1g-dev
   # headless display for web tests and the demo; synthesised pointer input in the e2e tests
   xvfb xauth libxtst-dev libxrandr-dev
+  # video in web views: WebKitGTK plays the demo's VP9-in-MP4 clip through GStreamer (demuxer and
+  # decoder in the good plugins); gst-launch-1.0 makes the clip from a test pattern
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-tools
+  # API reference (the docs target)
+  doxygen
   # runtime for the sanitizer presets
   libclang-rt-14-dev
 )

@@ -5,6 +5,7 @@
 #include "Platform/Device/TNLCurrentDeviceFacts.h"
 #include "Platform/Foundation/TNLNoDestructor.h"
 #include "Platform/Http/TNLHttpSession.h"
+#include "Public/TNLDelegateDispatch.h"
 #include "TarnelAd/TNLConstants.h"
 #include "TarnelAd/Toolkit/TNLToolkit.h"
 
@@ -42,6 +43,14 @@ void TNLSetup::setDeviceFacts(std::shared_ptr<TNLDeviceFacts> facts) {
 
 std::shared_ptr<TNLDeviceFacts> TNLSetup::deviceFacts() {
   return TNLCurrentDeviceFacts();
+}
+
+void TNLSetup::setCallbacksOnMainThread(bool onMainThread) {
+  TNLDelegateDispatch::setOnMainThread(onMainThread);
+}
+
+bool TNLSetup::callbacksOnMainThread() {
+  return TNLDelegateDispatch::onMainThread();
 }
 
 std::string TNL_MANIFESTURL() {

@@ -1,22 +1,29 @@
 #pragma once
 
-// Exported string constants: JSON keys (_KEY), macro tokens (_MACRO, _BLANKMACRO), tracker event
-// names (_TRACKER), statements sent into the creative (_CMD) and bridge actions (_ACT).
+/// @file
+/// @brief Exported string constants: JSON keys (_KEY), macro tokens (_MACRO, _BLANKMACRO), tracker
+/// event names (_TRACKER), statements sent into the creative (_CMD) and bridge actions (_ACT).
+/// They are protocol values shared with ad servers and creatives.
 
 #include <cstddef>
 #include <string>
 
-// ---- HTTP methods ----
+#include "TarnelAd/TNLExport.h"
+
+/// The HTTP methods of the library's requests.
+///@{
 inline constexpr char GET_METHOD[] = "GET";
 inline constexpr char POST_METHOD[] = "POST";
+///@}
 
-// ---- Manifest endpoint ----
-// The manifest endpoint's format: the base URL (a build option, replaceable by the host through
-// TNLSetup::setManifestBaseURL) followed by "/v4/manifest/%@", where %@ is the application ID.
-std::string TNL_MANIFESTURL();
+/// The manifest endpoint's format: the base URL (a build option, replaceable by the host through
+/// TNLSetup::setManifestBaseURL) followed by "/v4/manifest/%@", where %@ is the application ID.
+TNL_EXPORT std::string TNL_MANIFESTURL();
+/// The manifest endpoint's path; %@ is the application ID.
 inline constexpr char TNL_MANIFESTPATH[] = "/v4/manifest/%@";
 
-// ---- Manifest JSON keys ----
+/// Keys of the manifest's JSON object.
+///@{
 inline constexpr char TNL_TTL_KEY[] = "ttl";
 inline constexpr char TNL_DEVELOPER_KEY[] = "developer";
 inline constexpr char TNL_PUBLISHERID_KEY[] = "publisherid";
@@ -43,13 +50,17 @@ inline constexpr char TNL_TIMEOUT_KEY[] = "timeout";
 inline constexpr char TNL_AUTOFETCH_KEY[] = "autofetch";
 inline constexpr char TNL_URL_KEY[] = "url";
 inline constexpr char TNL_VAST_TEMPLATE_KEY[] = "vast_template_uri";
+///@}
 
-// ---- Manifest request body keys ----
+/// Keys of the manifest request's body.
+///@{
 inline constexpr char TNL_VERSION_KEY[] = "version";
 inline constexpr char TNL_SDK_KEY[] = "sdk";
 inline constexpr char TNL_DEVICEINFO_KEY[] = "device_info";
+///@}
 
-// ---- Ad JSON keys ----
+/// Keys of an ad record, and the SDK name it is given.
+///@{
 inline constexpr char TNL_SDKTYPE_KEY[] = "sdkType";
 inline constexpr char TNL_ADCREATIVETAG_KEY[] = "creative_tag";
 inline constexpr char TNL_ADASSETS_KEY[] = "assets";
@@ -62,8 +73,10 @@ inline constexpr char TNL_SDKVARS_KEY[] = "sdkVars";
 inline constexpr char TNL_SDKNAME_KEY[] = "sdkName";
 inline constexpr char TNL_SDKNAME[] = "Tarnel-1.0";
 inline constexpr char TNL_BRANDNAME_KEY[] = "brandName";
+///@}
 
-// ---- Macro tokens ----
+/// Macro tokens that the library fills in URLs (those ending in BLANKMACRO stay empty).
+///@{
 inline constexpr char TNL_SESSIONID_MACRO[] = "%SESSION_ID%";
 inline constexpr char TNL_PACKAGEID_MACRO[] = "%PACKAGE_ID%";
 inline constexpr char TNL_APPNAME_MACRO[] = "%APP_NAME%";
@@ -117,8 +130,10 @@ inline constexpr char TNL_TIMESTAMP_MACRO[] = "%TIME_STAMP%";
 inline constexpr char TNL_DEVICEORIENTATION_MACRO[] = "%DEVICE_ORI%";
 inline constexpr char TNL_APPID_MACRO[] = "%APP_ID%";
 inline constexpr char TNL_ADSIZE_MACRO[] = "%AD_SIZE%";
+///@}
 
-// ---- Tracker event names ----
+/// Names of the lifecycle events sent to the monitoring endpoint.
+///@{
 inline constexpr char TNL_MANIFESTLOADED_TRACKER[] = "OnManifestLoaded";
 inline constexpr char TNL_ADREQUESTED_TRACKER[] = "OnAdRequested";
 inline constexpr char TNL_ADRETURNED_TRACKER[] = "OnAdReturned";
@@ -127,8 +142,10 @@ inline constexpr char TNL_ADREADY_TRACKER[] = "OnAdReady";
 inline constexpr char TNL_ADSHOWING_TRACKER[] = "OnAdShowing";
 inline constexpr char TNL_ADCLOSED_TRACKER[] = "OnAdClosed";
 inline constexpr char TNL_ADREWARDED_TRACKER[] = "OnAdRewarded";
+///@}
 
-// ---- Creative bridge: scheme and actions (creative to library) ----
+/// The creative bridge: the scheme and the actions a creative sends to the library.
+///@{
 inline constexpr char TNL_BRIDGE_CALLOUT[] = "bridge://";
 inline constexpr char TNL_BRIDGE_VIBRATE_ACT[] = "vibrate";
 inline constexpr char TNL_BRIDGE_CLOSE_ACT[] = "close";
@@ -145,8 +162,10 @@ inline constexpr char TNL_TOUCH[] = "touch=";
 inline constexpr char TNL_BRIDGE_LOCAL_MARKER[] = "&local";
 inline constexpr char TNL_DISPLAY_OPTIN[] = "display";
 inline constexpr char TNL_VIDEO_OPTIN[] = "video";
+///@}
 
-// ---- Creative bridge: statements (library to creative) ----
+/// The creative bridge: statements the library runs in the creative.
+///@{
 inline constexpr char TNL_BRIDGE_RECIEVEPAYLOAD_CMD[] = "receivePayload(%@)";
 inline constexpr char TNL_BRIDGE_VOLUME_CMD[] = "ZENKO.setVolume(%f)";
 inline constexpr char TNL_BRIDGE_SCROLL_INIT_CMD[] = "ZENKO.isScrollListenerSubscribed(true)";
@@ -160,13 +179,15 @@ inline constexpr char TNL_BRIDGE_COLLAPSED_CMD[] = "ZENKO.onWebViewCollapsed()";
 inline constexpr char TNL_BRIDGE_ORICHANGE_CMD[] = "ZENKO.orientationDidChange(%@)";
 inline constexpr char TNL_PORTRAITORI[] = "portrait";
 inline constexpr char TNL_LANDSCAPEORI[] = "landscape";
+///@}
 
-// ---- VAST and XML ----
-// The greatest number of VAST wrappers that are followed.
+/// The greatest number of VAST wrappers that are followed.
 inline constexpr std::ptrdiff_t maxVASTRedirects = 5;
+/// The prefix under which XPath queries reach a document's default namespace.
 inline constexpr char kTNLXMLXPathDefaultNamespacePrefix[] = "_def_ns";
+/// The error domain of the XML layer's errors.
 inline constexpr char TNL_XMLErrorDomain[] = "TNL_XMLErrorDomain";
 
-// ---- Reachability ----
+/// The notification the library posts when the network's reachability changes.
 inline constexpr char kReachabilityChangedNotification[] =
     "kNetworkReachabilityChangedNotification";

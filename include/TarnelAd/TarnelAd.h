@@ -1,8 +1,9 @@
 #pragma once
 
-// Everything a host application uses: set-up, the full-screen ads and their delegates, the banner
-// view and its delegate, the hosting-context entry, the exported constants, device facts and the
-// toolkit that views and view controllers are made with.
+/// @file
+/// @brief Everything a host application uses: set-up, the full-screen ads and their delegates, the
+/// banner view and its delegate, the hosting-context entry, the exported constants, device facts
+/// and the toolkit that views and view controllers are made with.
 
 #include "TarnelAd/TNLAdConfiguration.h"
 #include "TarnelAd/TNLBannerAdDelegate.h"

@@ -4,6 +4,7 @@
 #include "Ads/FullScreenAds/TNLFSAdHandler.h"
 #include "Ads/Macros/TNLMacros.h"
 #include "Platform/Foundation/TNLNoDestructor.h"
+#include "Public/TNLDelegateDispatch.h"
 #include "TNLLog.h"
 #include "TarnelAd/TNLConstants.h"
 #include "TarnelAd/Toolkit/TNLViewController.h"
@@ -30,6 +31,18 @@ std::shared_ptr<InterstitialAdReceiver> receiver() {
   static const TNLNoDestructor<std::shared_ptr<InterstitialAdReceiver>> instance(
       std::make_shared<InterstitialAdReceiver>());
   return *instance;
+}
+
+// Calls the delegate of the moment, on the thread the host chose for callbacks. The facade is the
+// process-wide instance, which is never destroyed.
+void notify(const TNLInterstitialAd& facade,
+            void (TNLInterstitialAdDelegate::*callback)(const std::string&),
+            const std::string& zone) {
+  TNLDelegateDispatch::deliver([&facade, callback, zone] {
+    if (const auto delegate = facade.delegate()) {
+      ((*delegate).*callback)(zone);
+    }
+  });
 }
 
 }  // namespace
@@ -75,19 +88,13 @@ void TNLInterstitialAd::setDelegate(std::shared_ptr<TNLInterstitialAdDelegate> d
 }
 
 void TNLInterstitialAd::onFSAdReadyForZone(const std::string& zone) const {
-  if (const auto delegate = this->delegate()) {
-    delegate->onInterstitialAdReadyForZone(zone);
-  }
+  notify(*this, &TNLInterstitialAdDelegate::onInterstitialAdReadyForZone, zone);
 }
 
 void TNLInterstitialAd::onFSAdFailedForZone(const std::string& zone) const {
-  if (const auto delegate = this->delegate()) {
-    delegate->onInterstitialAdFailedForZone(zone);
-  }
+  notify(*this, &TNLInterstitialAdDelegate::onInterstitialAdFailedForZone, zone);
 }
 
 void TNLInterstitialAd::onFSAdClosedForZone(const std::string& zone) const {
-  if (const auto delegate = this->delegate()) {
-    delegate->onInterstitialAdClosedForZone(zone);
-  }
+  notify(*this, &TNLInterstitialAdDelegate::onInterstitialAdClosedForZone, zone);
 }

@@ -4,6 +4,7 @@
 #include "Ads/FullScreenAds/TNLFSAdHandler.h"
 #include "Ads/Macros/TNLMacros.h"
 #include "Platform/Foundation/TNLNoDestructor.h"
+#include "Public/TNLDelegateDispatch.h"
 #include "TarnelAd/TNLConstants.h"
 #include "TarnelAd/TNLInterstitialAd.h"
 #include "TarnelAd/Toolkit/TNLViewController.h"
@@ -33,6 +34,17 @@ std::shared_ptr<RewardedAdReceiver> receiver() {
   static const TNLNoDestructor<std::shared_ptr<RewardedAdReceiver>> instance(
       std::make_shared<RewardedAdReceiver>());
   return *instance;
+}
+
+// Calls the delegate of the moment, on the thread the host chose for callbacks. The facade is the
+// process-wide instance, which is never destroyed.
+void notify(const TNLRewardedAd& facade,
+            void (TNLRewardedAdDelegate::*callback)(const std::string&), const std::string& zone) {
+  TNLDelegateDispatch::deliver([&facade, callback, zone] {
+    if (const auto delegate = facade.delegate()) {
+      ((*delegate).*callback)(zone);
+    }
+  });
 }
 
 }  // namespace
@@ -78,25 +90,17 @@ void TNLRewardedAd::setDelegate(std::shared_ptr<TNLRewardedAdDelegate> delegate)
 }
 
 void TNLRewardedAd::onFSAdReadyForZone(const std::string& zone) const {
-  if (const auto delegate = this->delegate()) {
-    delegate->onRewardedAdReadyForZone(zone);
-  }
+  notify(*this, &TNLRewardedAdDelegate::onRewardedAdReadyForZone, zone);
 }
 
 void TNLRewardedAd::onFSAdFailedForZone(const std::string& zone) const {
-  if (const auto delegate = this->delegate()) {
-    delegate->onRewardedAdFailedForZone(zone);
-  }
+  notify(*this, &TNLRewardedAdDelegate::onRewardedAdFailedForZone, zone);
 }
 
 void TNLRewardedAd::onFSAdClosedForZone(const std::string& zone) const {
-  if (const auto delegate = this->delegate()) {
-    delegate->onRewardedAdClosedForZone(zone);
-  }
+  notify(*this, &TNLRewardedAdDelegate::onRewardedAdClosedForZone, zone);
 }
 
 void TNLRewardedAd::onFSAdRewardedForZone(const std::string& zone) const {
-  if (const auto delegate = this->delegate()) {
-    delegate->onRewardedAdRewardedForZone(zone);
-  }
+  notify(*this, &TNLRewardedAdDelegate::onRewardedAdRewardedForZone, zone);
 }

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <gdk-pixbuf/gdk-pixbuf.h>
+
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -7,8 +9,11 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -24,13 +29,27 @@ using Response = TNLTestServer::Response;
 
 struct DemoRun {
   Lines lines;
+  Lines errors;
   int exitCode = -1;
 };
 
-// Runs the demo host with the arguments; its stdout lines and exit code. stderr stays the test's.
+Lines nonEmptyLines(const std::string& text) {
+  Lines lines;
+  for (const auto& line : TNLStrings::split(text, "\n")) {
+    if (!line.empty()) {
+      lines.push_back(line);
+    }
+  }
+  return lines;
+}
+
+// Runs the demo host with the arguments; its stdout and stderr lines and its exit code.
 DemoRun runDemo(const std::string& arguments) {
   DemoRun run;
-  const std::string command = std::string(TNL_DEMO_BINARY) + " " + arguments;
+  const auto errors =
+      std::filesystem::temp_directory_path() / ("tarnel-demo-" + std::to_string(::getpid()));
+  const std::string command =
+      std::string(TNL_DEMO_BINARY) + " " + arguments + " 2>" + errors.string();
   FILE* pipe = popen(command.c_str(), "r");
   if (pipe == nullptr) {
     return run;
@@ -42,11 +61,10 @@ DemoRun runDemo(const std::string& arguments) {
   }
   const int status = pclose(pipe);
   run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  for (const auto& line : TNLStrings::split(output, "\n")) {
-    if (!line.empty()) {
-      run.lines.push_back(line);
-    }
-  }
+  run.lines = nonEmptyLines(output);
+  std::ifstream file(errors);
+  run.errors = nonEmptyLines(std::string(std::istreambuf_iterator<char>(file), {}));
+  std::filesystem::remove(errors);
   return run;
 }
 
@@ -64,7 +82,30 @@ bool isPNG(const std::filesystem::path& path) {
          std::filesystem::file_size(path) > 10000;
 }
 
-TEST(DemoHost, TheBundledServiceShowsEveryFormatAndScreenshotsIt) {
+// The pixels in the image whose colour is near `rgb`.
+size_t pixelsNear(const std::filesystem::path& png, std::array<int, 3> rgb) {
+  GdkPixbuf* image = gdk_pixbuf_new_from_file(png.c_str(), nullptr);
+  if (image == nullptr) {
+    return 0;
+  }
+  const int channels = gdk_pixbuf_get_n_channels(image), stride = gdk_pixbuf_get_rowstride(image);
+  const guchar* pixels = gdk_pixbuf_read_pixels(image);
+  size_t count = 0;
+  for (int y = 0; y < gdk_pixbuf_get_height(image); ++y) {
+    for (int x = 0; x < gdk_pixbuf_get_width(image); ++x) {
+      const guchar* pixel = pixels + y * stride + x * channels;
+      count +=
+          std::abs(pixel[0] - rgb[0]) + std::abs(pixel[1] - rgb[1]) + std::abs(pixel[2] - rgb[2]) <
+                  60
+              ? 1
+              : 0;
+    }
+  }
+  g_object_unref(image);
+  return count;
+}
+
+TEST(DemoHost, TheBundledServiceShowsEveryFormatPlaysTheClipAndScreenshotsIt) {
   const auto shots =
       std::filesystem::temp_directory_path() / ("tarnel-demo-shots-" + std::to_string(::getpid()));
   const DemoRun run = runDemo("--timeout 60 --screenshot " + shots.string());
@@ -72,6 +113,35 @@ TEST(DemoHost, TheBundledServiceShowsEveryFormatAndScreenshotsIt) {
   EXPECT_EQ(run.lines, allFormats("demo-zone"));
   for (const char* format : {"interstitial", "rewarded", "banner"}) {
     EXPECT_TRUE(isPNG(shots / (std::string(format) + ".png"))) << format;
+  }
+
+  // The rewarded ad's template page reports the clip with VAST pixels: every step once and in
+  // order, the video's playhead moving on between them, and no error pixel.
+  const std::string prefix = "ad service: event VAST event=";
+  Lines events;
+  std::vector<double> playheads;
+  for (const auto& line : run.errors) {
+    if (line.rfind(prefix, 0) != 0 || line.find("source=inline") == std::string::npos) {
+      continue;
+    }
+    events.push_back(line.substr(prefix.size(), line.find('&') - prefix.size()));
+    const auto playhead = line.find("playhead=00%3A00%3A");  // HH:MM:SS.mmm, URL-encoded
+    if (playhead != std::string::npos) {
+      playheads.push_back(std::stod(line.substr(playhead + 19)));
+    }
+  }
+  EXPECT_EQ(events, (Lines{"impression", "start", "firstQuartile", "midpoint", "thirdQuartile",
+                           "complete"}));
+  ASSERT_EQ(playheads.size(), 5u);
+  EXPECT_EQ(std::adjacent_find(playheads.begin(), playheads.end(), std::greater_equal<>()),
+            playheads.end())
+      << "the playhead moves on";
+  EXPECT_GE(playheads.back(), 3.9);
+
+  // Taken while it plays, in the ad's cover window: the clip's colour bars are on screen.
+  for (const auto& bar :
+       {std::array{255, 255, 0}, std::array{0, 255, 255}, std::array{255, 0, 255}}) {
+    EXPECT_GT(pixelsNear(shots / "rewarded.png", bar), 2000u);
   }
   std::filesystem::remove_all(shots);
 }

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -140,41 +139,6 @@ TEST_F(PresentationTest, AWebPageKeepsItsStateWhenItsViewMovesIntoTheCover) {
   ASSERT_TRUE(waitFor([&] { return !server.requestsTo("/report").empty(); }));
   EXPECT_EQ(server.requestsTo("/report").front().query, "state=loaded%20before%20showing");
   EXPECT_EQ(delegate->finished, 1);
-}
-
-TEST_F(PresentationTest, AScreenshotShowsThePageInTheCover) {
-  TNLTestServer server;
-  const auto ad = std::make_shared<Controller>("ad", log);
-  const auto page = TNLWebView::create({0.0, 0.0, 360.0, 480.0}, {});
-  ad->setView(page);
-  const auto delegate = std::make_shared<RecordingDelegate>();
-  page->setNavigationDelegate(delegate);
-  page->loadHTMLString("<body style='background:#00ff00'></body>", server.baseURL());
-  ASSERT_TRUE(waitFor([&] { return delegate->finished == 1; }));
-  present(root, ad);
-  const std::string path = ::testing::TempDir() + "tarnelad-cover.png";
-  const TNLRect frame = window->frame();
-  // The page's green, in the middle of the presenting window, once it has been drawn there.
-  const auto middleIsGreen = [&] {
-    if (!TNLGtkToolkit::writeScreenshot(path)) {
-      return false;
-    }
-    GdkPixbuf* picture = gdk_pixbuf_new_from_file(path.c_str(), nullptr);
-    if (!picture) {
-      return false;
-    }
-    const bool wholeScreen =
-        gdk_pixbuf_get_width(picture) == gdk_window_get_width(gdk_get_default_root_window());
-    const guchar* pixel = gdk_pixbuf_get_pixels(picture) +
-                          static_cast<int>(frame.midY()) * gdk_pixbuf_get_rowstride(picture) +
-                          static_cast<int>(frame.midX()) * gdk_pixbuf_get_n_channels(picture);
-    const bool green = pixel[0] == 0 && pixel[1] == 255 && pixel[2] == 0;
-    g_object_unref(picture);
-    return wholeScreen && green;
-  };
-  EXPECT_TRUE(waitFor(middleIsGreen, 5s));
-  std::remove(path.c_str());
-  EXPECT_FALSE(TNLGtkToolkit::writeScreenshot("/nonexistent-directory/screen.png"));
 }
 
 TEST_F(PresentationTest, ControllersPresentedOverEachOtherStackTheirCoversAndGoTogether) {

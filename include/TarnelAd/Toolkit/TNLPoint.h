@@ -1,9 +1,13 @@
 #pragma once
 
-// A point in a view's coordinate space, in points (not pixels); y grows downwards.
-struct TNLPoint {
-  double x = 0.0;
-  double y = 0.0;
+/// @file
+/// @brief TNLPoint: a point in a view's coordinates.
 
+/// A point in a view's coordinate space, in points (not pixels); y grows downwards.
+struct TNLPoint {
+  double x = 0.0;  ///< Rightwards.
+  double y = 0.0;  ///< Downwards.
+
+  /// Equal when both coordinates are.
   bool operator==(const TNLPoint&) const = default;
 };

@@ -1,13 +1,8 @@
 #include "Platform/Foundation/TNLPlatformLog.h"
 
-#include <array>
-#include <chrono>
-#include <cstdio>
-#include <ctime>
 #include <mutex>
 
-#include <sys/syscall.h>
-#include <unistd.h>
+#include <glib.h>
 
 #include "Platform/Foundation/TNLNoDestructor.h"
 
@@ -25,44 +20,17 @@ std::function<void(const std::string&)>& observerSlot() {
   return *observer;
 }
 
-std::string processName() {
-  std::array<char, 256> buffer{};
-  FILE* file = std::fopen("/proc/self/comm", "r");
-  if (file == nullptr) {
-    return "process";
-  }
-  std::string name;
-  if (std::fgets(buffer.data(), static_cast<int>(buffer.size()), file) != nullptr) {
-    name = buffer.data();
-    while (!name.empty() && (name.back() == '\n' || name.back() == '\r')) {
-      name.pop_back();
-    }
-  }
-  std::fclose(file);
-  return name.empty() ? "process" : name;
-}
-
 }  // namespace
 
 void TNLPlatformLog(const std::string& line) {
-  const auto now = std::chrono::system_clock::now();
-  const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
-  const auto micros =
-      std::chrono::duration_cast<std::chrono::microseconds>(now.time_since_epoch()).count() %
-      1000000;
-  std::tm local{};
-  localtime_r(&seconds, &local);
-  std::array<char, 64> stamp{};
-  std::strftime(stamp.data(), stamp.size(), "%Y-%m-%d %H:%M:%S", &local);
-  std::array<char, 32> zone{};
-  std::strftime(zone.data(), zone.size(), "%z", &local);
-
-  static const std::string name = processName();
-  std::string text = std::string(stamp.data()) + "." + std::to_string(1000000 + micros).substr(1) +
-                     zone.data() + " " + name + "[" + std::to_string(getpid()) + ":" +
-                     std::to_string(syscall(SYS_gettid)) + "] " + line + "\n";
-  // One write per line keeps lines from different threads whole.
-  [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+  // A message: GLib's default writer prints it (on stderr, or to the journal) whatever
+  // G_MESSAGES_DEBUG says, as the platform's log does; a host's own writer may route or drop it.
+  const GLogField fields[] = {
+      {"GLIB_DOMAIN", kTNLPlatformLogDomain, -1},
+      {"PRIORITY", "5", -1},  // syslog's "notice", GLib's value for messages
+      {"MESSAGE", line.c_str(), -1},
+  };
+  g_log_structured_array(G_LOG_LEVEL_MESSAGE, fields, G_N_ELEMENTS(fields));
 
   std::lock_guard lock(observerMutex());
   if (const auto& observer = observerSlot()) {

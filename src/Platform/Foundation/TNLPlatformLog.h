@@ -3,10 +3,16 @@
 #include <functional>
 #include <string>
 
-// The platform log: one line per call on stderr, prefixed with a time stamp and the process name
-// and identifiers, as the platform's system log prints. Safe from any thread.
-void TNLPlatformLog(const std::string& line);
+#include "TarnelAd/TNLExport.h"
 
-// Also hands every line to `observer` (null removes it). For tests and tools that check what
-// was logged.
+// The library's own GLib log domain.
+inline constexpr char kTNLPlatformLogDomain[] = "TarnelAd";
+
+// The platform log: one GLib structured log message per line, at the message level, under the
+// library's log domain, so that hosts route, filter or silence it with their GLib log writer as
+// for any GLib-based library. Safe from any thread. Exported for the GTK backend library.
+TNL_EXPORT void TNLPlatformLog(const std::string& line);
+
+// Also hands every line to `observer` (null removes it); replacing the observer waits for a call
+// in progress. For tests and tools that check what was logged.
 void TNLPlatformLogSetObserver(std::function<void(const std::string& line)> observer);

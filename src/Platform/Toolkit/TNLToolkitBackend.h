@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "TarnelAd/TNLExport.h"
 #include "TarnelAd/Toolkit/TNLRect.h"
 
 class TNLButton;
@@ -30,7 +31,10 @@ class TNLWindow;
 //   TNLScrollView::peerDidScroll          the user scrolled
 //   TNLWebView::engineDecidePolicyForNavigationAction / engineDidFinishNavigation
 //   TNLView::invalidateIntrinsicContentSize  text metrics changed
-class TNLToolkitBackend {
+//
+// Exported from the core library for the GTK backend, its own shared library; the header is not
+// installed.
+class TNL_EXPORT TNLToolkitBackend {
  public:
   virtual ~TNLToolkitBackend() = default;
 

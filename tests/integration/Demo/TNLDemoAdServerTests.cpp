@@ -67,11 +67,10 @@ TEST_F(DemoAdServer, RewardedAdsAreVideoThroughTwoWrappersOnTheTemplatePage) {
   ASSERT_NE(ad, nullptr);
   EXPECT_TRUE(ad->isVast());
   EXPECT_EQ(ad->creativeTag(), server.baseURL() + "/creatives/vast-template.html");
-  EXPECT_EQ(ad->mediaFile(),
-            "https://iab-publicfiles.s3.amazonaws.com/vast/VAST-4.0-Short-Intro.mp4");
+  EXPECT_EQ(ad->mediaFile(), server.baseURL() + "/media/clip.mp4");
   // Both wrappers' tracking events were merged under the inline ad's.
-  EXPECT_NE(ad->xml().find("complete=exchange"), std::string::npos);
-  EXPECT_NE(ad->xml().find("complete=network"), std::string::npos);
+  EXPECT_NE(ad->xml().find("event=complete&amp;source=exchange"), std::string::npos);
+  EXPECT_NE(ad->xml().find("event=complete&amp;source=network"), std::string::npos);
   EXPECT_EQ(ad->xml().find('\n'), std::string::npos);
 
   // The template page carries every placeholder that the library fills.

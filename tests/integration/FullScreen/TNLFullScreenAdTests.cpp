@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Ads/FullScreenAds/TNLFSAd.h"
@@ -312,6 +313,30 @@ TEST_F(FullScreenAds, FailedLoadsAreReportedOnTheHTTPThread) {
   EXPECT_EQ(service.events(),
             (Calls{TNL_MANIFESTLOADED_TRACKER, TNL_ADREQUESTED_TRACKER, TNL_ADUNAVAILABLE_TRACKER,
                    TNL_ADREQUESTED_TRACKER, TNL_ADRETURNED_TRACKER, TNL_ADUNAVAILABLE_TRACKER}));
+}
+
+TEST_F(FullScreenAds, AHostMayHaveReadyAndFailedOnTheMainThread) {
+  service.publishManifest({{0, "/ads"}});
+  server.on("GET", "/ads", [this](const TNLTestServer::Request& request) {
+    return (request.query == "z=B&p=1" ? Response::json(adJSON()) : Response(404))
+        .after(kContentDelay);
+  });
+  warmUp();
+  TNLSetup::setCallbacksOnMainThread(true);
+  TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
+
+  TNLInterstitialAd::loadInterstitialAdForZone("A");
+  ASSERT_TRUE(screen->waitForCalls(1));
+  TNLInterstitialAd::loadInterstitialAdForZone("B");
+  ASSERT_TRUE(screen->waitForCalls(2));
+  // A loaded zone answers a load from another thread on the main thread too, later; one from
+  // the main thread at once.
+  std::thread([] { TNLInterstitialAd::loadInterstitialAdForZone("B"); }).join();
+  EXPECT_EQ(screen->calls().size(), 2u);
+  ASSERT_TRUE(screen->waitForCalls(3));
+  TNLInterstitialAd::loadInterstitialAdForZone("B");
+  EXPECT_EQ(screen->calls(), (Calls{"interstitial failed A @main", "interstitial ready B @main",
+                                    "interstitial ready B @main", "interstitial ready B @main"}));
 }
 
 TEST_F(FullScreenAds, ShowingTwiceBeforeACloseShowsTheSameAdAgain) {

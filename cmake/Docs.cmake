@@ -1,0 +1,31 @@
+# The API reference: `cmake --build --preset default --target docs` writes HTML from the public
+# headers to build/<preset>/docs/html. An undocumented public declaration fails the target.
+find_package(Doxygen)
+if(NOT DOXYGEN_FOUND)
+  message(STATUS "Doxygen not found: no docs target (scripts/setup.sh installs it)")
+  return()
+endif()
+
+set(DOXYGEN_PROJECT_NAME TarnelAd)
+set(DOXYGEN_PROJECT_NUMBER ${PROJECT_VERSION})
+set(DOXYGEN_PROJECT_BRIEF "In-app advertising for Linux hosts")
+set(DOXYGEN_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/docs)
+set(DOXYGEN_USE_MDFILE_AS_MAINPAGE ${PROJECT_SOURCE_DIR}/docs/api.md)
+set(DOXYGEN_STRIP_FROM_PATH ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/docs)
+set(DOXYGEN_STRIP_FROM_INC_PATH ${PROJECT_SOURCE_DIR}/include)
+set(DOXYGEN_FULL_PATH_NAMES YES)
+set(DOXYGEN_JAVADOC_AUTOBRIEF YES)
+set(DOXYGEN_DISTRIBUTE_GROUP_DOC YES)
+set(DOXYGEN_SORT_MEMBER_DOCS NO)
+set(DOXYGEN_ENABLE_PREPROCESSING YES)
+set(DOXYGEN_MACRO_EXPANSION YES)
+set(DOXYGEN_EXPAND_ONLY_PREDEF YES)
+set(DOXYGEN_PREDEFINED "TNL_EXPORT=")
+set(DOXYGEN_QUIET YES)
+set(DOXYGEN_WARN_IF_UNDOCUMENTED YES)
+set(DOXYGEN_WARN_IF_DOC_ERROR YES)
+set(DOXYGEN_WARN_AS_ERROR FAIL_ON_WARNINGS)
+set(DOXYGEN_GENERATE_LATEX NO)
+
+doxygen_add_docs(docs ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/docs/api.md
+  COMMENT "Writing the API reference")
