@@ -21,8 +21,10 @@ packages=(
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-tools
   # API reference (the docs target)
   doxygen
-  # runtime for the sanitizer presets
-  libclang-rt-14-dev
+  # a real HTTP server for the load test and the benchmarks
+  nginx-light
+  # runtime for the sanitizer presets; clang and libFuzzer for the fuzz preset
+  libclang-rt-14-dev clang
 )
 
 missing=()
