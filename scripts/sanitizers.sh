@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The checks CI runs besides the test suite, each in a build of its own:
-#   asan  every test label (e2e included) under AddressSanitizer + UndefinedBehaviorSanitizer
+#   asan  every test label but package (e2e included) under AddressSanitizer +
+#         UndefinedBehaviorSanitizer; hosts install an uninstrumented library
 #   tsan  the unit and integration labels under ThreadSanitizer
 #   fuzz  each libFuzzer target for a few seconds (TNL_FUZZ_SECONDS, default 10)
 # With no argument all three run; name some to run only those. Installs what is missing first.
