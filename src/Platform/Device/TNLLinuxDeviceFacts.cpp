@@ -143,21 +143,17 @@ std::optional<std::string> TNLLinuxDeviceFacts::carrierName() const {
 
 std::optional<std::vector<TNLDeviceFacts::InterfaceAddress>>
 TNLLinuxDeviceFacts::interfaceAddresses() const {
-  return TNLLinuxNetwork::interfaceAddresses();
+  return TNLLinuxNetwork::currentSnapshot()->addresses;
 }
 
 std::optional<std::string> TNLLinuxDeviceFacts::primaryInterfaceName() const {
-  const auto route = TNLLinuxNetwork::currentDefaultRoute();
-  return route ? std::optional<std::string>(route->interface) : std::nullopt;
+  const auto network = TNLLinuxNetwork::currentSnapshot();
+  return network->route ? std::optional<std::string>(network->route->interface) : std::nullopt;
 }
 
 std::optional<uint32_t> TNLLinuxDeviceFacts::reachabilityFlags() const {
-  const auto route = TNLLinuxNetwork::currentDefaultRoute();
-  if (!route) {
-    return 0;
-  }
-  return TNLLinuxNetwork::reachabilityFlags(route,
-                                            TNLLinuxNetwork::interfaceState(route->interface));
+  const auto network = TNLLinuxNetwork::currentSnapshot();
+  return TNLLinuxNetwork::reachabilityFlags(network->route, network->routeInterface);
 }
 
 std::optional<TNLDeviceFacts::ScreenMetrics> TNLLinuxDeviceFacts::mainScreen() const {

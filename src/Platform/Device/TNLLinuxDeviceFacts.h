@@ -5,8 +5,9 @@
 #include "TarnelAd/TNLDeviceFacts.h"
 
 // The device facts of a Linux machine. What Linux has is read when asked (uname, the host name,
-// os-release, the locale, the interface list, the default route and sysfs); what it lacks comes
-// from the host's TNLHostApplicationInfo. The screen and the device orientation come from the
+// os-release, the locale); the interface list, the default route and sysfs are read again only
+// after the kernel tells of a network change. What Linux lacks comes from the host's
+// TNLHostApplicationInfo. The screen and the device orientation come from the
 // toolkit (TNLScreen::mainScreen(), TNLApplication's device orientation) unless a process-wide
 // provider replaces them. docs/device-facts.md lists every fact and its source.
 class TNLLinuxDeviceFacts : public TNLDeviceFacts {

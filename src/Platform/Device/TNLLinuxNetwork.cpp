@@ -10,8 +10,11 @@
 #include <charconv>
 #include <limits>
 #include <memory>
+#include <mutex>
 
+#include "Platform/Device/TNLLinuxNetworkMonitor.h"
 #include "Platform/Device/TNLLinuxSystem.h"
+#include "Platform/Foundation/TNLNoDestructor.h"
 #include "Platform/Foundation/TNLStrings.h"
 
 namespace TNLLinuxNetwork {
@@ -174,6 +177,26 @@ std::optional<std::vector<TNLDeviceFacts::InterfaceAddress>> interfaceAddresses(
     addresses.push_back(std::move(address));
   }
   return addresses;
+}
+
+std::shared_ptr<const Snapshot> currentSnapshot() {
+  struct Cache {
+    std::mutex mutex;
+    std::shared_ptr<const Snapshot> snapshot;
+  };
+  static TNLNoDestructor<Cache> cache;
+  std::lock_guard lock(cache->mutex);
+  // The monitor is asked first, so that a change during the reading below is told next time.
+  if (TNLLinuxNetworkMonitor::shared().changedSinceLastCall() || !cache->snapshot) {
+    auto snapshot = std::make_shared<Snapshot>();
+    snapshot->route = currentDefaultRoute();
+    if (snapshot->route) {
+      snapshot->routeInterface = interfaceState(snapshot->route->interface);
+    }
+    snapshot->addresses = interfaceAddresses();
+    cache->snapshot = std::move(snapshot);
+  }
+  return cache->snapshot;
 }
 
 }  // namespace TNLLinuxNetwork

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,5 +41,13 @@ uint32_t reachabilityFlags(const std::optional<DefaultRoute>& route, const Inter
 
 // Every interface address of the machine (getifaddrs); null when the list cannot be read.
 std::optional<std::vector<TNLDeviceFacts::InterfaceAddress>> interfaceAddresses();
+
+// What the machine's network is now: read again only after the network monitor told of a change.
+struct Snapshot {
+  std::optional<DefaultRoute> route;
+  InterfaceState routeInterface;  // of the default route's interface, when there is one
+  std::optional<std::vector<TNLDeviceFacts::InterfaceAddress>> addresses;
+};
+std::shared_ptr<const Snapshot> currentSnapshot();
 
 }  // namespace TNLLinuxNetwork

@@ -9,6 +9,7 @@
 
 #include "Platform/Device/TNLLinuxDeviceFacts.h"
 #include "Platform/Device/TNLLinuxNetwork.h"
+#include "Platform/Device/TNLLinuxNetworkMonitor.h"
 #include "Platform/Device/TNLLinuxSystem.h"
 #include "Platform/Foundation/TNLNotificationCenter.h"
 
@@ -98,6 +99,13 @@ TEST(TNLLinuxNetwork, InterfaceKindAndFlagsFollowTheRouteAndTheLink) {
             Facts::kFlagReachable | Facts::kFlagIsDirect);
   EXPECT_EQ(TNLLinuxNetwork::reachabilityFlags(onLink, loop.state()),
             Facts::kFlagReachable | Facts::kFlagIsLocalAddress | Facts::kFlagIsDirect);
+}
+
+// Network facts are kept between questions only while the kernel reports no change.
+TEST(TNLLinuxNetworkMonitor, TellsOfAChangeOnlyUntilAsked) {
+  TNLLinuxNetworkMonitor monitor;
+  EXPECT_TRUE(monitor.changedSinceLastCall()) << "nothing is known before the first question";
+  EXPECT_FALSE(monitor.changedSinceLastCall()) << "an idle machine's network has not changed";
 }
 
 TEST(TNLLinuxSystem, ParsesOsReleaseAndLocales) {
