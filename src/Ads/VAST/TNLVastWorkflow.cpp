@@ -1,5 +1,7 @@
 #include "Ads/VAST/TNLVastWorkflow.h"
 
+#include <algorithm>
+
 #include "Ads/VAST/XMLSupport/TNL_XMLElement.h"
 #include "Platform/Foundation/TNLStrings.h"
 #include "TNLLog.h"
@@ -192,13 +194,20 @@ TNL_XMLNode::Nodes TNLVastWorkflow::getNodesForXPath(const std::string& xpath,
   }
   TNLErrorPtr error;
   auto nodes = doc->nodesForXPath(xpath, &error);
-  if (!nodes || nodes->empty()) {
+  const auto isDoc = [&doc](const std::weak_ptr<TNL_XMLDocument>& known) {
+    return !known.owner_before(doc) && !doc.owner_before(known);
+  };
+  if ((!nodes || nodes->empty()) &&
+      std::none_of(withoutDefaultNamespace_.begin(), withoutDefaultNamespace_.end(), isDoc)) {
     // Documents in the VAST namespace are found under the default-namespace prefix. In other
     // documents that prefix is undefined and the retry fails, which is of no interest.
     const std::string prefixed = TNLStrings::replaceAll(
         xpath, "//", std::string("//") + kTNLXMLXPathDefaultNamespacePrefix + ":");
     TNLErrorPtr ignored;
     nodes = doc->nodesForXPath(prefixed, &ignored);
+    if (ignored) {
+      withoutDefaultNamespace_.push_back(doc);
+    }
   }
   if (error) {
     fail(error);

@@ -73,6 +73,9 @@ class TNLVastWorkflow : public std::enable_shared_from_this<TNLVastWorkflow> {
   uint64_t redirects_ = 0;
   std::vector<std::shared_ptr<TNL_XMLDocument>> vastAds_;
   std::optional<std::string> mediaFileName_;
+  // Documents whose root declares no default namespace: the prefixed retry of a query can only
+  // fail there, so it is not made again.
+  std::vector<std::weak_ptr<TNL_XMLDocument>> withoutDefaultNamespace_;
   Success successBlock_;
   Failure failureBlock_;
 };

@@ -8,6 +8,7 @@
 
 #include <mutex>
 #include <string_view>
+#include <unordered_map>
 
 #include "Ads/VAST/XMLSupport/TNL_XMLDocument.h"
 #include "Ads/VAST/XMLSupport/TNL_XMLElement.h"
@@ -70,6 +71,46 @@ struct FreeXMLChar {
 struct FreeXPathContext {
   void operator()(xmlXPathContextPtr context) const { xmlXPathFreeContext(context); }
 };
+// Building an XPath context fills a hash with every XPath function, which costs more than most of
+// the queries the VAST workflow makes; each thread keeps one and points it at the node asked
+// about, with that query's namespaces.
+xmlXPathContextPtr threadXPathContext(xmlNodePtr node) {
+  thread_local const std::unique_ptr<xmlXPathContext, FreeXPathContext> context(
+      xmlXPathNewContext(nullptr));
+  if (context) {
+    xmlXPathRegisteredNsCleanup(context.get());
+    context->doc = node->doc;
+    context->node = node;
+  }
+  return context.get();
+}
+
+struct FreeCompiledXPath {
+  void operator()(xmlXPathCompExprPtr expression) const { xmlXPathFreeCompExpr(expression); }
+};
+
+// Queries come from a handful of fixed paths, so each thread compiles each path once. A compiled
+// path resolves its prefixes when it runs, with whatever namespaces the context has then. The
+// cache is bounded, as callers may pass any text; null when the path does not compile (the
+// error was raised).
+xmlXPathCompExprPtr compiledXPath(xmlXPathContextPtr context, const std::string& xpath) {
+  constexpr size_t kMaxCompiled = 64;
+  thread_local std::unordered_map<std::string, std::unique_ptr<xmlXPathCompExpr, FreeCompiledXPath>>
+      compiled;
+  if (const auto found = compiled.find(xpath); found != compiled.end()) {
+    return found->second.get();
+  }
+  std::unique_ptr<xmlXPathCompExpr, FreeCompiledXPath> expression(
+      xmlXPathCtxtCompile(context, xmlText(xpath)));
+  if (!expression) {
+    return nullptr;
+  }
+  if (compiled.size() >= kMaxCompiled) {
+    compiled.clear();
+  }
+  return compiled.emplace(xpath, std::move(expression)).first->second.get();
+}
+
 struct FreeXPathObject {
   void operator()(xmlXPathObjectPtr object) const { xmlXPathFreeObject(object); }
 };
@@ -459,17 +500,16 @@ std::optional<TNL_XMLNode::Nodes> TNL_XMLNode::nodesForXPath(
     return std::nullopt;
   }
 
-  const std::unique_ptr<xmlXPathContext, FreeXPathContext> context(xmlXPathNewContext(node->doc));
-  if (!context) {
+  const xmlXPathContextPtr context = threadXPathContext(node);
+  if (context == nullptr) {
     if (error) {
       *error = TNLError::make(TNL_XMLErrorDomain, -1);
     }
     return std::nullopt;
   }
-  context->node = node;
   if (namespaces) {
     for (const auto& [prefix, uri] : *namespaces) {
-      xmlXPathRegisterNs(context.get(), xmlText(prefix), xmlText(uri));
+      xmlXPathRegisterNs(context, xmlText(prefix), xmlText(uri));
     }
   } else {
     const xmlNodePtr scope =
@@ -480,14 +520,18 @@ std::optional<TNL_XMLNode::Nodes> TNL_XMLNode::nodesForXPath(
             ns->prefix != nullptr
                 ? ns->prefix
                 : reinterpret_cast<const xmlChar*>(kTNLXMLXPathDefaultNamespacePrefix);
-        xmlXPathRegisterNs(context.get(), prefix, ns->href);
+        xmlXPathRegisterNs(context, prefix, ns->href);
       }
     }
   }
 
   ErrorCapture capture;
+  const xmlXPathCompExprPtr expression = compiledXPath(context, xpath);
   const std::unique_ptr<xmlXPathObject, FreeXPathObject> result(
-      xmlXPathEvalExpression(xmlText(xpath), context.get()));
+      expression != nullptr ? xmlXPathCompiledEval(expression, context) : nullptr);
+  // The context outlives this document; it must not keep pointing into it.
+  context->doc = nullptr;
+  context->node = nullptr;
   if (!result) {
     if (error) {
       TNLJson info = TNLJson::object();
