@@ -1,6 +1,7 @@
 #include "Platform/Http/TNLHttpSession.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <condition_variable>
 #include <cstdlib>
@@ -203,7 +204,11 @@ class Engine {
       deliveries_ += transfer->delivers() ? 1 : 0;
       pending_.push_back(std::move(transfer));
     }
-    curl_multi_wakeup(multi_);
+    // The session thread itself (a completion starting the next request) looks at the queue
+    // before it waits again; only other threads need to wake it.
+    if (std::this_thread::get_id() != threadId_) {
+      curl_multi_wakeup(multi_);
+    }
   }
 
   // From now on only deliveries run; content transfers and their completions are abandoned.
@@ -235,6 +240,7 @@ class Engine {
   }
 
   void run() {
+    threadId_ = std::this_thread::get_id();
     bool abandoned = false;
     while (true) {
       std::deque<std::unique_ptr<Transfer>> starting;
@@ -264,7 +270,12 @@ class Engine {
           finish(message->easy_handle, message->data.result);
         }
       }
-      curl_multi_poll(multi_, nullptr, 0, 1000, nullptr);
+      bool startsWaiting = false;
+      {
+        std::lock_guard lock(mutex_);
+        startsWaiting = !pending_.empty() || stopping_;
+      }
+      curl_multi_poll(multi_, nullptr, 0, startsWaiting ? 0 : 1000, nullptr);
     }
   }
 
@@ -438,6 +449,7 @@ class Engine {
 
   TNLHttpSession::Configuration configuration_;
   CURLM* multi_;
+  std::atomic<std::thread::id> threadId_;
   std::mutex mutex_;
   std::condition_variable drained_;
   std::deque<std::unique_ptr<Transfer>> pending_;
