@@ -30,12 +30,7 @@ constexpr const char* kMergedPaths[] = {
 // The document's root element on one line: line breaks are dropped, other blanks kept.
 std::string serialise(const std::shared_ptr<TNL_XMLDocument>& doc) {
   const auto root = doc ? doc->rootElement() : nullptr;
-  const std::string text = root ? root->XMLString().value_or("") : "";
-  std::string line;
-  for (const auto& piece : TNLStrings::splitLines(text)) {
-    line += piece;
-  }
-  return line;
+  return TNLStrings::removeLineBreaks(root ? root->XMLString().value_or("") : "");
 }
 
 }  // namespace

@@ -152,6 +152,33 @@ std::vector<std::string> splitLines(std::string_view text) {
   return pieces;
 }
 
+std::string removeLineBreaks(std::string_view text) {
+  std::string kept;
+  kept.reserve(text.size());
+  size_t pos = 0;
+  while (pos < text.size()) {
+    const auto byte = static_cast<unsigned char>(text[pos]);
+    if (byte < 0x80) {  // most of any document: no decoding needed
+      if (!isLineBreak(byte)) {
+        kept.push_back(static_cast<char>(byte));
+      }
+      ++pos;
+      continue;
+    }
+    char32_t c = 0;
+    size_t length = decodeCodePoint(text, pos, c);
+    if (length == 0) {
+      length = 1;  // not UTF-8: the byte is kept
+      c = 0;
+    }
+    if (!isLineBreak(c)) {
+      kept.append(text.substr(pos, length));
+    }
+    pos += length;
+  }
+  return kept;
+}
+
 bool contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }

@@ -23,6 +23,8 @@ std::vector<std::string> split(std::string_view text, std::string_view separator
 
 // Splits at every line-break character (LF, CR, VT, FF, NEL, LS, PS); CR LF counts as two.
 std::vector<std::string> splitLines(std::string_view text);
+// The text with every line break that splitLines splits at taken out.
+std::string removeLineBreaks(std::string_view text);
 
 bool contains(std::string_view text, std::string_view part);
 bool hasPrefix(std::string_view text, std::string_view prefix);

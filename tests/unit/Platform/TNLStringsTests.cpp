@@ -18,6 +18,8 @@ TEST(TNLStrings, ReplaceSplitAndDecode) {
   EXPECT_EQ(TNLStrings::split("", "&"), (std::vector<std::string>{""}));
   EXPECT_EQ(TNLStrings::splitLines("a\nb\r\nc\u2028d"),
             (std::vector<std::string>{"a", "b", "", "c", "d"}));
+  EXPECT_EQ(TNLStrings::removeLineBreaks("a\nb\r\nc\u2028d\u0085\u00e9 \xff\v\f"),
+            "abcd\u00e9 \xff");
   std::string decoded;
   EXPECT_TRUE(TNLStrings::percentDecode("a%20b%2Fc", decoded));
   EXPECT_EQ(decoded, "a b/c");
