@@ -12,17 +12,25 @@ cmake --build --preset default --target tarnel_bench
 
 dir=$(mktemp -d /tmp/tnl-bench-XXXXXX)
 mkdir -p "$dir/www"
-port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
+# A port nothing listens on yet.
+accepts() { (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null; }
+port=$((20000 + RANDOM % 20000))
+while accepts "$port"; do port=$((20000 + RANDOM % 20000)); done
 sed -e "s|@DIR@|$dir|g" -e "s|@PORT@|$port|g" bench/nginx.conf >"$dir/nginx.conf"
 /usr/sbin/nginx -p "$dir" -c "$dir/nginx.conf" -e "$dir/error.log" &
 nginx=$!
 trap 'kill $nginx 2>/dev/null; wait $nginx 2>/dev/null; rm -rf "$dir"' EXIT
 for _ in $(seq 100); do
-  if (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null; then
+  if accepts "$port"; then
     break
   fi
   sleep 0.05
 done
+if ! accepts "$port"; then
+  echo "bench.sh: nginx did not start:" >&2
+  cat "$dir/error.log" >&2
+  exit 1
+fi
 
 TNL_BENCH_SERVER="http://127.0.0.1:$port" TNL_BENCH_ROOT="$dir/www" \
   TNL_BENCH_ACCESS_LOG="$dir/access.log" \
