@@ -35,4 +35,4 @@ fi
 TNL_BENCH_SERVER="http://127.0.0.1:$port" TNL_BENCH_ROOT="$dir/www" \
   TNL_BENCH_ACCESS_LOG="$dir/access.log" \
   build/default/bench/tarnel_bench --benchmark_repetitions="${TNL_BENCH_REPETITIONS:-3}" \
-  --benchmark_report_aggregates_only=true "$@"
+  --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true "$@"
