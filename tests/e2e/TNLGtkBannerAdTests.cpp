@@ -231,6 +231,9 @@ nlohmann::json adViewState(const nlohmann::json& state) {
 
 TEST_F(BannerAdTest, AMeasuredBannerHasItsGeometryWalkedFromTheRealWindow) {
   serveCreative("", "on('receivePayload', () => bridge('optin?display'));");
+  // Away from the screen's origin, so that the window's own position must count.
+  gtk_window_move(GTK_WINDOW(gtk_widget_get_toplevel(widgetOf(screen->view()))), 50, 60);
+  ASSERT_TRUE(waitFor([&] { return window->frame().origin == TNLPoint{50.0, 60.0}; }));
   const auto banner = makeBanner();
   screen->view()->addSubview(banner);
   banner->setFrame({0.0, 120.0, bannerSize.width, bannerSize.height});
@@ -239,7 +242,7 @@ TEST_F(BannerAdTest, AMeasuredBannerHasItsGeometryWalkedFromTheRealWindow) {
   const auto state = adViewState(reports.named("omidBridge.setNativeViewHierarchy")[0].args[0]);
   ASSERT_FALSE(state.is_null());
   const TNLRect onScreen = banner->convertRectToScreen(banner->bounds());
-  EXPECT_GT(onScreen.origin.y, 100.0);
+  EXPECT_EQ(onScreen.origin, (TNLPoint{50.0, 180.0}));
   EXPECT_EQ(state["x"].get<double>(), onScreen.origin.x);
   EXPECT_EQ(state["y"].get<double>(), onScreen.origin.y);
   EXPECT_EQ(state["width"].get<double>(), onScreen.size.width);
