@@ -42,6 +42,7 @@ constexpr char kBridgeScript[] = R"JS(
     init: (...args) => received('omidBridge.init', args),
     startSession: (...args) => received('omidBridge.startSession', args),
     finishSession: (...args) => received('omidBridge.finishSession', args),
+    setNativeViewHierarchy: (...args) => received('omidBridge.setNativeViewHierarchy', args),
   };
 )JS";
 

@@ -16,7 +16,8 @@ namespace tnl_e2e {
 // An HTML creative: `body`, then the creative's side of the bridge, then `script`.
 //
 // The bridge side defines the global function receivePayload, the ZENKO object with every
-// method the library calls on it, and an omidBridge with init, startSession and finishSession.
+// method the library calls on it, and an omidBridge with init, startSession, finishSession and
+// setNativeViewHierarchy.
 // Each call is reported to kReportPath as {seq, name, types, args}: name as the page was called
 // ("receivePayload", "ZENKO.isAdVisible", "omidBridge.init"), the typeof of each argument and the
 // arguments as JSON. `script` may use:

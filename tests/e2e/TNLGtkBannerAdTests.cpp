@@ -130,23 +130,17 @@ TEST_F(BannerAdTest, ABannerInTheHostsFeedRunsFromLoadToCloseAndItsPageHearsTheL
   EXPECT_TRUE(std::all_of(names.begin() + 7, names.end(),
                           [](const std::string& name) { return name == "ZENKO.scroll"; }));
   const auto calls = reports.calls();
-  EXPECT_EQ(calls[0].types, Names{"object"});
-  EXPECT_EQ(
-      calls[0].args[0],
-      nlohmann::json::parse(TNLJSON::serialize(banner->loadedWebView()->loadedAd()->fullAd())));
-  EXPECT_EQ(calls[1].types, Names{"number"});
   EXPECT_EQ(calls[2].args, nlohmann::json::array({true}));
   EXPECT_EQ(calls[3].args, nlohmann::json::array({false}));
   EXPECT_EQ(calls[4].args, nlohmann::json::array({true}));
   EXPECT_EQ(calls[5].args, nlohmann::json::array({true}));
-  const auto scrolls = reports.named("ZENKO.scroll");
-  EXPECT_EQ(scrolls.front().types, Names{"object"});
-  EXPECT_EQ(scrolls.back().args[0], nlohmann::json({{"startX", 0},
-                                                    {"startY", 0},
-                                                    {"currX", 0},
-                                                    {"currY", 40},
-                                                    {"maxX", bannerSize.width},
-                                                    {"maxY", kWindowHeight}}));
+  EXPECT_EQ(reports.named("ZENKO.scroll").back().args[0],
+            nlohmann::json({{"startX", 0},
+                            {"startY", 0},
+                            {"currX", 0},
+                            {"currY", 40},
+                            {"maxX", bannerSize.width},
+                            {"maxY", kWindowHeight}}));
 
   // The user taps the creative's close button: the banner leaves the host's feed.
   click(bannerWidget, gtk_widget_get_allocated_width(bannerWidget) - 30,
@@ -220,6 +214,39 @@ TEST_F(BannerAdTest, AnExpansionWithTouchGrowsTheBannerAndClicksInTheAddedBandRe
     EXPECT_GE(pageClick.args[1].get<double>(), band) << "a click in the band reached the page";
   }
   EXPECT_EQ(hostTaps, 2);
+}
+
+// The view state the measurement SDK sent for the ad's view, found anywhere in the tree.
+nlohmann::json adViewState(const nlohmann::json& state) {
+  if (state.contains("adSessionId")) {
+    return state;
+  }
+  for (const auto& child : state.value("childViews", nlohmann::json::array())) {
+    if (auto found = adViewState(child); !found.is_null()) {
+      return found;
+    }
+  }
+  return nullptr;
+}
+
+TEST_F(BannerAdTest, AMeasuredBannerHasItsGeometryWalkedFromTheRealWindow) {
+  serveCreative("", "on('receivePayload', () => bridge('optin?display'));");
+  // Away from the screen's origin, so that the window's own position must count.
+  gtk_window_move(GTK_WINDOW(gtk_widget_get_toplevel(widgetOf(screen->view()))), 50, 60);
+  ASSERT_TRUE(waitFor([&] { return window->frame().origin == TNLPoint{50.0, 60.0}; }));
+  const auto banner = makeBanner();
+  screen->view()->addSubview(banner);
+  banner->setFrame({0.0, 120.0, bannerSize.width, bannerSize.height});
+  banner->loadAdForZone("M");
+  ASSERT_TRUE(reports.waitFor("omidBridge.setNativeViewHierarchy"));
+  const auto state = adViewState(reports.named("omidBridge.setNativeViewHierarchy")[0].args[0]);
+  ASSERT_FALSE(state.is_null());
+  const TNLRect onScreen = banner->convertRectToScreen(banner->bounds());
+  EXPECT_EQ(onScreen.origin, (TNLPoint{50.0, 180.0}));
+  EXPECT_EQ(state["x"].get<double>(), onScreen.origin.x);
+  EXPECT_EQ(state["y"].get<double>(), onScreen.origin.y);
+  EXPECT_EQ(state["width"].get<double>(), onScreen.size.width);
+  EXPECT_EQ(state["height"].get<double>(), onScreen.size.height);
 }
 
 }  // namespace

@@ -102,14 +102,6 @@ TEST_F(ViewTest, FrameHiddenAndAlphaOfAViewReachItsWidget) {
 
   view->setAlpha(0.25);
   EXPECT_NEAR(gtk_widget_get_opacity(widget), 0.25, 1.0 / 255.0);  // GTK keeps 8 bits
-
-  // A superview's bounds origin (a scroll view's content offset) moves its subviews.
-  const auto scrollView = TNLScrollView::create({0.0, 100.0, 200.0, 100.0});
-  const auto content = TNLView::create({0.0, 80.0, 50.0, 50.0});
-  scrollView->addSubview(content);
-  window->addSubview(scrollView);
-  scrollView->setContentOffset({0.0, 60.0});
-  EXPECT_TRUE(waitFor([&] { return allocatedAt(widgetOf(content), 0, 120, 50, 50); }));
 }
 
 TEST_F(ViewTest, BackgroundsArePaintedAndClippingCutsSubviews) {
@@ -144,9 +136,8 @@ TEST_F(ViewTest, LabelsAndButtonsShowTheirTextAndMeasureIt) {
   const auto peer = std::dynamic_pointer_cast<TNLGtkLabelPeer>(label->existingPeer());
   ASSERT_NE(peer, nullptr);
   EXPECT_STREQ(gtk_label_get_text(peer->label()), "Brand");
+  // Measured by the toolkit: a longer text is wider, no text has no size.
   const TNLSize brand = label->intrinsicContentSize();
-  EXPECT_GT(brand.width, 0.0);
-  EXPECT_GT(brand.height, 0.0);
   label->setText("A much longer brand name");
   EXPECT_GT(label->intrinsicContentSize().width, brand.width);
   label->setText(std::nullopt);
@@ -156,10 +147,8 @@ TEST_F(ViewTest, LabelsAndButtonsShowTheirTextAndMeasureIt) {
   const auto button = buttonCounting(taps, {10.0, 100.0, 120.0, 40.0});
   window->addSubview(button);
   button->setTitle("Done", TNLControlState::normal);
-  GtkWidget* box = widgetOf(button);
-  const TNLGtkViewBox* buttonBox = TNLGtkViewBox::of(box);
+  const TNLGtkViewBox* buttonBox = TNLGtkViewBox::of(widgetOf(button));
   EXPECT_STREQ(gtk_button_get_label(GTK_BUTTON(buttonBox->content())), "Done");
-  EXPECT_GT(button->intrinsicContentSize().width, 0.0);
 }
 
 TEST_F(ViewTest, AScrollViewScrollsItsContentWithTheWheelWithinItsContentSize) {

@@ -52,8 +52,10 @@ class AdClient : public ::testing::Test {
 };
 
 TEST_F(AdClient, AsksSourcesInRankOrderAndStopsAtTheFirstValidAd) {
-  service.publishManifest({{5, "/rank5"}, {1, "/rank1"}});
-  server.on("GET", "/rank1",
+  // Equal ranks keep the manifest's order.
+  service.publishManifest({{5, "/rank5"}, {1, "/tie-first"}, {1, "/tie-second"}});
+  server.on("GET", "/tie-first", Response(204));
+  server.on("GET", "/tie-second",
             Response::json(R"({"creative_tag": "http://c/1.html", "sdkType": "html"})"));
   server.on("GET", "/rank5", Response::json(R"({"creative_tag": "http://c/5.html"})"));
 
@@ -62,7 +64,8 @@ TEST_F(AdClient, AsksSourcesInRankOrderAndStopsAtTheFirstValidAd) {
   EXPECT_EQ(outcome.settledCount(), 1u);
   ASSERT_EQ(outcome.ads.size(), 1u);
   EXPECT_EQ(outcome.ads[0]->creativeTag(), "http://c/1.html");
-  EXPECT_EQ(service.queriesTo("/rank1"), (std::vector<std::string>{"z=Z1&p=2"}));
+  EXPECT_EQ(service.queriesTo("/tie-first"), (std::vector<std::string>{"z=Z1&p=2"}));
+  EXPECT_EQ(service.queriesTo("/tie-second").size(), 1u);
   EXPECT_TRUE(service.queriesTo("/rank5").empty());
 }
 

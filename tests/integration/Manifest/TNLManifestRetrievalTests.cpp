@@ -134,18 +134,18 @@ TEST_F(ManifestRetrieval, RetrievalsWithinTheTtlMakeOneRequest) {
 TEST_F(ManifestRetrieval, ZeroTtlFetchesEveryTime) {
   server.on("POST", kPath, TNLTestServer::Response::json(manifestJSON(0)));
   registerApp();
-  size_t before = 0;
-  for (int i = 1; i <= 2; ++i) {
+  for (int i = 0; i < 3; ++i) {
     Retrieval retrieval;
     retrieval.start();
     ASSERT_TRUE(retrieval.wait());
     EXPECT_EQ(retrieval.successes, 1);
-    ASSERT_NE(retrieval.manifest, nullptr);
+    EXPECT_NE(retrieval.manifest, nullptr);
     EXPECT_FALSE(TNLManifestHandler::manfiestIsValid());
-    const size_t after = server.requestsTo(kPath).size();
-    EXPECT_GT(after, before) << "retrieval " << i << " fetched";
-    before = after;
   }
+  // One fetch each, and one more by the trackers, set up when the first fetch announced itself.
+  ASSERT_TRUE(server.waitForRequests(4));
+  std::this_thread::sleep_for(100ms);
+  EXPECT_EQ(server.requestsTo(kPath).size(), 4u);
 }
 
 TEST_F(ManifestRetrieval, AnUnparsableManifestStillSucceedsWithNull) {
@@ -162,8 +162,7 @@ TEST_F(ManifestRetrieval, AnUnparsableManifestStillSucceedsWithNull) {
   EXPECT_EQ(retrieval.manifest, nullptr);
   EXPECT_EQ(TNLManifestHandler::sharedHandler()->manifest(), nullptr);
   EXPECT_FALSE(TNLManifestHandler::manfiestIsValid());
-  EXPECT_TRUE(capture.contains(
-      "Failed to create Manifest due to exception: \"ttl\" is a string, not a number"));
+  EXPECT_TRUE(capture.contains("Failed to create Manifest due to exception: "));
   EXPECT_EQ(TNLMacros::sharedMacroDict().count(TNL_PROPERTY_MACRO), 0u)
       << "no manifest, no property name";
 }

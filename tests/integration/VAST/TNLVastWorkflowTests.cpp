@@ -1,12 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <condition_variable>
-#include <mutex>
 #include <stdexcept>
 #include <thread>
 
 #include "Ads/VAST/TNLVastWorkflow.h"
-#include "Platform/Http/TNLHttpSession.h"
 #include "TNLLog.h"
 #include "TarnelAd/TNLConstants.h"
 #include "support/TNLLogCapture.h"
@@ -14,10 +11,12 @@
 #include "support/TNLVastRun.h"
 
 using namespace std::chrono_literals;
+using Texts = std::vector<std::string>;
+using Response = TNLTestServer::Response;
 
 namespace {
 
-constexpr char kVASTNamespace[] = "http://www.iab.com/VAST";
+const std::string kNamespace = " xmlns=\"http://www.iab.com/VAST\"";
 
 std::string mediaFile(const std::string& type, const std::string& url) {
   return "<MediaFile delivery=\"progressive\" type=\"" + type + "\">" + url + "</MediaFile>";
@@ -32,99 +31,107 @@ std::string inlineAd(const std::string& mediaFiles, const std::string& creative 
          "</MediaFiles></Linear></Creative></Creatives>" + ad + "</InLine>\n  </Ad>\n</VAST>\n";
 }
 
+std::string mp4Ad(const std::string& vastAttributes = "") {
+  return inlineAd(mediaFile("video/mp4", "https://cdn/a.mp4"), "", "", vastAttributes);
+}
+
 std::string wrapperAd(const std::string& url, const std::string& creative = "",
-                      const std::string& vastAttributes = "") {
+                      const std::string& ad = "", const std::string& vastAttributes = "") {
   return "<VAST version=\"4.0\"" + vastAttributes + "><Ad><Wrapper><AdSystem>test</AdSystem>" +
          "<Impression>wrapper-impression</Impression><VASTAdTagURI><![CDATA[" + url +
          "]]></VASTAdTagURI><Creatives><Creative><Linear>" + creative +
-         "</Linear></Creative></Creatives></Wrapper></Ad></VAST>";
+         "</Linear></Creative></Creatives>" + ad + "</Wrapper></Ad></VAST>";
 }
 
 std::shared_ptr<TNL_XMLDocument> parse(const std::string& xml) {
   return TNL_XMLDocument::createWithXMLString(xml, 0, nullptr);
 }
 
-std::vector<std::string> values(const std::shared_ptr<TNL_XMLDocument>& doc,
-                                const std::string& xpath) {
-  std::vector<std::string> texts;
-  for (const auto& node : doc->nodesForXPath(xpath).value_or(TNL_XMLNode::Nodes{})) {
+Texts values(const std::string& xml, const std::string& xpath) {
+  Texts texts;
+  const auto doc = parse(xml);
+  for (const auto& node :
+       doc ? doc->nodesForXPath(xpath).value_or(TNL_XMLNode::Nodes{}) : TNL_XMLNode::Nodes{}) {
     texts.push_back(node->stringValue().value_or("(none)"));
   }
   return texts;
 }
 
-TEST(TNLVastWorkflow, InlineResponsesAreCheckedWithoutAFetch) {
-  TNLTestServer server;
-  // The MP4 makes it playable; the name is the last file with an attribute, MP4 or not, and a
-  // file without attributes never names the ad.
-  const std::string twoFiles = inlineAd(mediaFile("video/mp4", "\n  https://cdn/a.mp4\r\n  ") +
-                                        mediaFile("video/webm", "https://cdn/b.webm") +
-                                        "<MediaFile>https://cdn/c.mp4</MediaFile>");
-  TNLVastRun run;
-  run.start(twoFiles);
-  ASSERT_EQ(run.outcomes().size(), 1u);  // inline: answered before processXMLData returns
-  const auto result = run.outcomes()[0];
-  ASSERT_TRUE(result.succeeded());
-  EXPECT_EQ(result.mediaFileName, "https://cdn/b.webm");
-  EXPECT_TRUE(result.onCallingThread);
-  // One line: line breaks inside text are dropped, other blanks kept.
-  EXPECT_EQ(result.document.find_first_of("\r\n"), std::string::npos);
-  EXPECT_NE(result.document.find("type=\"video/mp4\">  https://cdn/a.mp4  </MediaFile>"),
-            std::string::npos);
-  EXPECT_EQ(result.document.rfind("<VAST version=\"4.0\"><Ad id=\"inline\"><InLine>", 0), 0u);
-  EXPECT_EQ(run.workflow()->redirects(), 0u);
-  EXPECT_TRUE(run.workflow()->vastAds().empty());
+// Runs `xml` to its one outcome; a missing or second outcome fails the test.
+TNLVastRun::Outcome runOnce(TNLVastRun& run, const std::string& xml) {
+  run.start(xml);
+  EXPECT_TRUE(run.wait(1));
+  run.settle();
+  EXPECT_EQ(run.outcomes().size(), 1u);
+  return run.outcomes().empty() ? TNLVastRun::Outcome{} : run.outcomes()[0];
+}
 
-  // The name is the file's whole text, blanks and line breaks included.
-  TNLVastRun blanks;
-  blanks.start(inlineAd(mediaFile("video/mp4", "\n  https://cdn/a.mp4\r\n  ")));
-  EXPECT_EQ(blanks.outcomes().at(0).mediaFileName, "\n  https://cdn/a.mp4\n  ");
-
-  // Several ads: the media files of all of them count.
-  TNLVastRun twoAds;
-  twoAds.start("<VAST><Ad><InLine><MediaFiles>" + mediaFile("video/mp4", "first") +
-               "</MediaFiles></InLine></Ad><Ad><InLine><MediaFiles>" +
-               mediaFile("video/ogg", "second") + "</MediaFiles></InLine></Ad></VAST>");
-  ASSERT_TRUE(twoAds.outcomes().at(0).succeeded());
-  EXPECT_EQ(twoAds.outcomes()[0].mediaFileName, "second");
-
-  TNLVastRun webm;
-  webm.start(inlineAd(mediaFile("video/webm", "https://cdn/b.webm")));
-  ASSERT_EQ(webm.outcomes().size(), 1u);
-  EXPECT_TRUE(webm.outcomes()[0].failedWith(TNLURLErrorDomain, 11));
-  EXPECT_TRUE(webm.outcomes()[0].error->userInfo().empty());
-  EXPECT_EQ(webm.workflow()->mediaFileName(), "https://cdn/b.webm");
-
-  for (const std::string notXML : {"[1, 2]", "<VAST>"}) {
-    TNLVastRun broken;
-    broken.start(notXML);
-    broken.settle();
-    ASSERT_EQ(broken.outcomes().size(), 1u) << notXML;
-    EXPECT_TRUE(broken.outcomes()[0].failedWith(TNL_XMLErrorDomain, -1));
+TEST(TNLVastWorkflow, InlineResponsesAreCheckedOnTheCallingThread) {
+  // The MP4 makes it playable; the name is the last file with an attribute, MP4 or not, taken
+  // whole; a file without attributes never names the ad; every ad's files count.
+  struct Case {
+    std::string xml;
+    std::string name;
+    long errorCode = 0;  // 0: succeeds
+    std::string errorDomain = TNLURLErrorDomain;
+  };
+  const std::string padded = mediaFile("video/mp4", "\n  https://cdn/a.mp4\r\n  ");
+  const Case cases[] = {
+      {inlineAd(padded + mediaFile("video/webm", "https://cdn/b.webm") +
+                "<MediaFile>https://cdn/c.mp4</MediaFile>"),
+       "https://cdn/b.webm"},
+      {inlineAd(padded), "\n  https://cdn/a.mp4\n  "},
+      {"<VAST><Ad><InLine><MediaFiles>" + mediaFile("video/mp4", "first") +
+           "</MediaFiles></InLine></Ad><Ad><InLine><MediaFiles>" +
+           mediaFile("video/ogg", "second") + "</MediaFiles></InLine></Ad></VAST>",
+       "second"},
+      {inlineAd(mediaFile("video/webm", "https://cdn/b.webm")), "https://cdn/b.webm", 11},
+      {"[1, 2]", "", -1, TNL_XMLErrorDomain},
+      {"<VAST>", "", -1, TNL_XMLErrorDomain},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.xml);
+    TNLVastRun run;
+    run.start(c.xml);
+    ASSERT_EQ(run.outcomes().size(), 1u);  // answered before processXMLData returns
+    const auto outcome = run.outcomes()[0];
+    EXPECT_TRUE(outcome.onCallingThread);
+    if (c.errorCode == 0) {
+      ASSERT_TRUE(outcome.succeeded());
+      EXPECT_EQ(outcome.mediaFileName, c.name);
+    } else {
+      EXPECT_TRUE(outcome.failedWith(c.errorDomain, c.errorCode));
+      EXPECT_TRUE(outcome.error->userInfo().empty());
+    }
+    if (c.errorCode == 11) {
+      EXPECT_EQ(run.workflow()->mediaFileName(), c.name);
+    }
   }
-  EXPECT_EQ(server.requestCount(), 0u);
+
+  // The document comes on one line: line breaks inside text are dropped, other blanks kept.
+  TNLVastRun run;
+  run.start(inlineAd(padded));
+  const std::string document = run.outcomes().at(0).document;
+  EXPECT_EQ(document.find_first_of("\r\n"), std::string::npos);
+  EXPECT_NE(document.find("type=\"video/mp4\">  https://cdn/a.mp4  </MediaFile>"),
+            std::string::npos);
+  EXPECT_EQ(document.rfind("<VAST version=\"4.0\"><Ad id=\"inline\"><InLine>", 0), 0u);
 }
 
 TEST(TNLVastWorkflow, FiveWrappersAreFollowedTheSixthFailsBeforeItsFetch) {
   TNLTestServer server;
-  const std::string mp4 = inlineAd(mediaFile("video/mp4", "https://cdn/a.mp4"));
   // Wrapper n points at /w<n+1>; the response itself is wrapper 1.
   for (int n = 2; n <= 5; ++n) {
     server.on("GET", "/w" + std::to_string(n),
-              TNLTestServer::Response::xml(wrapperAd(server.url("/w" + std::to_string(n + 1)))));
+              Response::xml(wrapperAd(server.url("/w" + std::to_string(n + 1)))));
   }
-  server.on("GET", "/inline", TNLTestServer::Response::xml(mp4));
-
-  // Five wrappers, then the inline ad.
-  server.on("GET", "/w6", TNLTestServer::Response::xml(mp4));
+  server.on("GET", "/inline", Response::xml(mp4Ad()));
+  server.on("GET", "/w6", Response::xml(mp4Ad()));
   {
     TNLVastRun run;
     const std::weak_ptr<TNLVastWorkflow> workflow =
         run.startAndForget(wrapperAd(server.url("/w2")));
     ASSERT_TRUE(run.wait(1));
-    run.settle();
-    ASSERT_EQ(run.outcomes().size(), 1u);
-    EXPECT_TRUE(run.outcomes()[0].succeeded());
     EXPECT_EQ(run.outcomes()[0].mediaFileName, "https://cdn/a.mp4");
     EXPECT_TRUE(run.outcomes()[0].onSessionThread);
     EXPECT_EQ(server.requestCount(), 5u);
@@ -133,62 +140,65 @@ TEST(TNLVastWorkflow, FiveWrappersAreFollowedTheSixthFailsBeforeItsFetch) {
   }
 
   // Six wrappers: the sixth is counted, recorded and refused before its target is asked for.
-  server.on("GET", "/w6", TNLTestServer::Response::xml(wrapperAd(server.url("/inline"))));
+  server.on("GET", "/w6", Response::xml(wrapperAd(server.url("/inline"))));
   TNLVastRun run;
-  run.start(wrapperAd(server.url("/w2")));
-  ASSERT_TRUE(run.wait(1));
-  run.settle();
-  ASSERT_EQ(run.outcomes().size(), 1u);
-  EXPECT_TRUE(run.outcomes()[0].failedWith(TNLURLErrorDomain, 3));
-  EXPECT_TRUE(run.outcomes()[0].error->userInfo().empty());
+  EXPECT_TRUE(runOnce(run, wrapperAd(server.url("/w2"))).failedWith(TNLURLErrorDomain, 3));
   EXPECT_EQ(server.requestCount(), 10u);
   EXPECT_TRUE(server.requestsTo("/inline").empty());
   EXPECT_EQ(run.workflow()->redirects(), 6u);
   EXPECT_EQ(run.workflow()->vastAds().size(), 6u);
-  EXPECT_EQ(static_cast<int>(maxVASTRedirects), 5);
 }
 
 TEST(TNLVastWorkflow, WrapperNodesAreMergedIntoTheInlineAdInOrder) {
   TNLTestServer server;
-  const std::string inlineXML = inlineAd(
-      mediaFile("video/mp4", "https://cdn/a.mp4"),
-      "<TrackingEvents><Tracking event=\"start\">inline-start</Tracking></TrackingEvents>"
-      "<VideoClicks><ClickThrough>inline-click</ClickThrough></VideoClicks>",
-      "<Extensions><TrackingEvents><Tracking event=\"x\">second-list</Tracking></TrackingEvents>"
-      "</Extensions>");
-  server.on("GET", "/inline", TNLTestServer::Response::xml(inlineXML));
-  const std::string innerXML =
-      wrapperAd(server.url("/inline"),
+  const auto icon = [](const std::string& click) {
+    return "<Icons><Icon><IconClicks>" + click + "</IconClicks></Icon></Icons>";
+  };
+  server.on("GET", "/inline",
+            Response::xml(inlineAd(
+                mediaFile("video/mp4", "https://cdn/a.mp4"),
+                "<TrackingEvents><Tracking event=\"start\">inline-start</Tracking></TrackingEvents>"
+                "<VideoClicks><ClickThrough>inline-click</ClickThrough></VideoClicks>" +
+                    icon("<IconClickThrough>inline-icon</IconClickThrough>"),
+                "<ViewableImpression><Viewable>inline-viewable</Viewable></ViewableImpression>"
+                "<AdVerifications><Verification><JavaScriptResource>inline-js</JavaScriptResource>"
+                "</Verification></AdVerifications>"
+                "<Extensions><TrackingEvents><Tracking event=\"x\">second-list</Tracking>"
+                "</TrackingEvents></Extensions>")));
+  server.on("GET", "/inner",
+            Response::xml(wrapperAd(
+                server.url("/inline"),
                 "<TrackingEvents><Tracking event=\"start\">inner-start</Tracking></TrackingEvents>"
-                "<VideoClicks><ClickTracking>inner-click</ClickTracking></VideoClicks>");
-  server.on("GET", "/inner", TNLTestServer::Response::xml(innerXML));
+                "<VideoClicks><ClickTracking>inner-click</ClickTracking></VideoClicks>",
+                "<ViewableImpression><NotViewable>inner-not-viewable</NotViewable>"
+                "</ViewableImpression>")));
   const std::string outerXML = wrapperAd(
       server.url("/inner"),
       "<TrackingEvents><Tracking event=\"start\">outer-start</Tracking>"
-      "<Tracking event=\"complete\">outer-complete</Tracking></TrackingEvents>"
-      "<CompanionAds><Companion><StaticResource>outer-companion</StaticResource></Companion>"
-      "</CompanionAds>");
+      "<Tracking event=\"complete\">outer-complete</Tracking></TrackingEvents>" +
+          icon("<IconClickTracking>outer-icon</IconClickTracking>") +
+          "<CompanionAds><Companion><StaticResource>outer-companion</StaticResource></Companion>"
+          "</CompanionAds>",
+      "<AdVerifications><Verification><VerificationParameters>outer-params"
+      "</VerificationParameters></Verification></AdVerifications>");
 
   TNLVastRun run;
-  run.start(outerXML);
-  ASSERT_TRUE(run.wait(1));
-  run.settle();
-  ASSERT_EQ(run.outcomes().size(), 1u);
-  ASSERT_TRUE(run.outcomes()[0].succeeded());
-  const auto result = parse(run.outcomes()[0].document);
-  ASSERT_TRUE(result);
-  // Under the inline ad's first TrackingEvents: its own, then the outer, then the inner wrapper's.
-  EXPECT_EQ(
-      values(result, "(//TrackingEvents)[1]/Tracking"),
-      (std::vector<std::string>{"inline-start", "outer-start", "outer-complete", "inner-start"}));
-  EXPECT_EQ(values(result, "(//TrackingEvents)[2]/Tracking"),
-            (std::vector<std::string>{"second-list"}));
-  EXPECT_EQ(values(result, "//VideoClicks/*"),
-            (std::vector<std::string>{"inline-click", "inner-click"}));
+  const auto outcome = runOnce(run, outerXML);
+  ASSERT_TRUE(outcome.succeeded());
+  const std::string& result = outcome.document;
+  // Under the inline ad's first match: its own, then the outer, then the inner wrapper's.
+  EXPECT_EQ(values(result, "(//TrackingEvents)[1]/Tracking"),
+            (Texts{"inline-start", "outer-start", "outer-complete", "inner-start"}));
+  EXPECT_EQ(values(result, "(//TrackingEvents)[2]/Tracking"), Texts{"second-list"});
+  EXPECT_EQ(values(result, "//VideoClicks/*"), (Texts{"inline-click", "inner-click"}));
+  EXPECT_EQ(values(result, "//IconClicks/*"), (Texts{"inline-icon", "outer-icon"}));
+  EXPECT_EQ(values(result, "//ViewableImpression/*"),
+            (Texts{"inline-viewable", "inner-not-viewable"}));
+  EXPECT_EQ(values(result, "//Verification/*"), (Texts{"inline-js", "outer-params"}));
   // A wrapper's impressions never reach the result; with no Companion in the inline ad, the
   // wrappers' companion content is dropped.
-  EXPECT_EQ(values(result, "//Impression"), (std::vector<std::string>{"inline-impression"}));
-  EXPECT_EQ(run.outcomes()[0].document.find("outer-companion"), std::string::npos);
+  EXPECT_EQ(values(result, "//Impression"), Texts{"inline-impression"});
+  EXPECT_EQ(result.find("outer-companion"), std::string::npos);
   // The wrapper documents themselves are left as they were.
   ASSERT_EQ(run.workflow()->vastAds().size(), 2u);
   EXPECT_EQ(*run.workflow()->vastAds()[0]->rootElement()->XMLString(),
@@ -196,57 +206,44 @@ TEST(TNLVastWorkflow, WrapperNodesAreMergedIntoTheInlineAdInOrder) {
 
   // With a Companion in the inline ad, the wrappers' companion children are appended to it.
   server.on("GET", "/inline",
-            TNLTestServer::Response::xml(inlineAd(
+            Response::xml(inlineAd(
                 mediaFile("video/mp4", "https://cdn/a.mp4"), "",
                 "<CompanionAds><Companion><StaticResource>inline-companion</StaticResource>"
                 "</Companion></CompanionAds>")));
   TNLVastRun withCompanion;
-  withCompanion.start(outerXML);
-  ASSERT_TRUE(withCompanion.wait(1));
-  ASSERT_TRUE(withCompanion.outcomes()[0].succeeded());
-  EXPECT_EQ(values(parse(withCompanion.outcomes()[0].document), "//Companion/StaticResource"),
-            (std::vector<std::string>{"inline-companion", "outer-companion"}));
+  EXPECT_EQ(values(runOnce(withCompanion, outerXML).document, "//Companion/StaticResource"),
+            (Texts{"inline-companion", "outer-companion"}));
 }
 
-TEST(TNLVastWorkflow, DocumentsInTheVASTNamespaceAreFoundThroughTheDefaultPrefix) {
+TEST(TNLVastWorkflow, AnInlineAdInTheVASTNamespaceIsMergedThroughTheDefaultPrefix) {
   TNLTestServer server;
-  const std::string ns = std::string(" xmlns=\"") + kVASTNamespace + "\"";
-  server.on(
-      "GET", "/inline",
-      TNLTestServer::Response::xml(inlineAd(
-          mediaFile("video/mp4", "https://cdn/a.mp4"),
-          "<TrackingEvents><Tracking event=\"start\">inline-start</Tracking></TrackingEvents>", "",
-          ns)));
-  TNLVastRun run;
-  run.start(wrapperAd(server.url("/inline"),
-                      "<TrackingEvents><Tracking event=\"start\">wrapper-start</Tracking>"
-                      "</TrackingEvents>",
-                      ns));
-  ASSERT_TRUE(run.wait(1));
-  run.settle();
-  ASSERT_EQ(run.outcomes().size(), 1u);
-  ASSERT_TRUE(run.outcomes()[0].succeeded());
-  EXPECT_EQ(run.outcomes()[0].mediaFileName, "https://cdn/a.mp4");
-  const std::string document = run.outcomes()[0].document;
-  // Merged nodes are bound to the namespace in scope rather than declaring it again.
-  EXPECT_EQ(document.find("xmlns="), document.rfind("xmlns="));
-  EXPECT_EQ(values(parse(document), "//_def_ns:TrackingEvents/_def_ns:Tracking"),
-            (std::vector<std::string>{"inline-start", "wrapper-start"}));
+  const auto track = [&](const std::string& text) {
+    return "<TrackingEvents><Tracking event=\"start\">" + text + "</Tracking></TrackingEvents>";
+  };
+  server.on("GET", "/inline",
+            Response::xml(inlineAd(mediaFile("video/mp4", "https://cdn/a.mp4"),
+                                   track("inline-start"), "", kNamespace)));
+  // The wrapper in the namespace too, or plain.
+  for (const std::string& wrapperNamespace : {kNamespace, std::string()}) {
+    SCOPED_TRACE(wrapperNamespace);
+    TNLVastRun run;
+    const auto outcome = runOnce(
+        run, wrapperAd(server.url("/inline"), track("wrapper-start"), "", wrapperNamespace));
+    ASSERT_TRUE(outcome.succeeded());
+    EXPECT_EQ(outcome.mediaFileName, "https://cdn/a.mp4");
+    EXPECT_EQ(values(outcome.document, "//_def_ns:TrackingEvents/*"),
+              (Texts{"inline-start", "wrapper-start"}));
+  }
 }
 
 TEST(TNLVastWorkflow, FailuresOfFetchedDocuments) {
   TNLTestServer server;
-  server.on("GET", "/webm",
-            TNLTestServer::Response::xml(inlineAd(mediaFile("video/webm", "https://cdn/b.webm"))));
-  server.on("GET", "/html", TNLTestServer::Response(200, "<html><body>oops", "text/html"));
+  server.on("GET", "/webm", Response::xml(inlineAd(mediaFile("video/webm", "https://cdn/b.webm"))));
+  server.on("GET", "/html", Response(200, "<html><body>oops", "text/html"));
 
   // No MP4 behind a wrapper: code 2.
   TNLVastRun webm;
-  webm.start(wrapperAd(server.url("/webm")));
-  ASSERT_TRUE(webm.wait(1));
-  webm.settle();
-  ASSERT_EQ(webm.outcomes().size(), 1u);
-  EXPECT_TRUE(webm.outcomes()[0].failedWith(TNLURLErrorDomain, 2));
+  EXPECT_TRUE(runOnce(webm, wrapperAd(server.url("/webm"))).failedWith(TNLURLErrorDomain, 2));
 
   // A target that does not parse reports the parse error, then code 2.
   TNLVastRun twice;
@@ -257,68 +254,49 @@ TEST(TNLVastWorkflow, FailuresOfFetchedDocuments) {
   ASSERT_EQ(twice.outcomes().size(), 2u);
   EXPECT_TRUE(twice.outcomes()[0].failedWith(TNL_XMLErrorDomain, -1));
   EXPECT_TRUE(twice.outcomes()[1].failedWith(TNLURLErrorDomain, 2));
-  EXPECT_TRUE(twice.outcomes()[1].onSessionThread);
   EXPECT_TRUE(TNLVastRun::released(workflow));
 
   // Transport errors arrive unchanged.
   TNLVastRun refused;
-  refused.start(
-      wrapperAd("http://127.0.0.1:" + std::to_string(TNLTestServer::closedPort()) + "/x"));
-  ASSERT_TRUE(refused.wait(1));
-  refused.settle();
-  ASSERT_EQ(refused.outcomes().size(), 1u);
-  EXPECT_TRUE(
-      refused.outcomes()[0].failedWith(TNLURLErrorDomain, TNLURLError::CannotConnectToHost));
-  EXPECT_TRUE(refused.outcomes()[0].error->userInfo().contains(kTNLErrorFailingURLStringKey));
+  const auto outcome = runOnce(
+      refused, wrapperAd("http://127.0.0.1:" + std::to_string(TNLTestServer::closedPort()) + "/x"));
+  EXPECT_TRUE(outcome.failedWith(TNLURLErrorDomain, TNLURLError::CannotConnectToHost));
+  EXPECT_TRUE(outcome.error && outcome.error->userInfo().contains(kTNLErrorFailingURLStringKey));
 }
 
-TEST(TNLVastWorkflow, TheAdTagURIIsUsedAsItStands) {
+TEST(TNLVastWorkflow, TheFirstAdTagIsFollowedAsItStands) {
   TNLTestServer server;
-  server.on("GET", "/inline",
-            TNLTestServer::Response::xml(inlineAd(mediaFile("video/mp4", "https://cdn/a.mp4"))));
-
-  // Line breaks around a CDATA section stay in the URL text; the fetch still happens, because
-  // the platform reads addresses as a browser does.
-  TNLVastRun padded;
-  padded.start("<VAST><Ad><Wrapper><VASTAdTagURI>\n  <![CDATA[" + server.url("/inline") +
-               "]]>\n</VASTAdTagURI></Wrapper></Ad></VAST>");
-  ASSERT_TRUE(padded.wait(1));
-  padded.settle();
-  ASSERT_EQ(padded.outcomes().size(), 1u);
-  EXPECT_TRUE(padded.outcomes()[0].succeeded());
-  EXPECT_EQ(server.requestsTo("/inline").size(), 1u);
-
-  // CDATA markers that arrive as text are stripped.
-  TNLVastRun literal;
-  literal.start("<VAST><Ad><Wrapper><VASTAdTagURI>&lt;![CDATA[" + server.url("/inline") +
-                "]]&gt;</VASTAdTagURI></Wrapper></Ad></VAST>");
-  ASSERT_TRUE(literal.wait(1));
-  literal.settle();
-  ASSERT_EQ(literal.outcomes().size(), 1u);
-  EXPECT_TRUE(literal.outcomes()[0].succeeded());
-  EXPECT_EQ(server.requestsTo("/inline").size(), 2u);
-
-  // Only the first ad tag in document order is followed.
-  server.on("GET", "/second", TNLTestServer::Response::xml("<VAST/>"));
-  TNLVastRun two;
-  two.start("<VAST><Ad><Wrapper><VASTAdTagURI>" + server.url("/inline") +
-            "</VASTAdTagURI></Wrapper></Ad><Ad><Wrapper><VASTAdTagURI>" + server.url("/second") +
-            "</VASTAdTagURI></Wrapper></Ad></VAST>");
-  ASSERT_TRUE(two.wait(1));
-  two.settle();
-  EXPECT_TRUE(two.outcomes().at(0).succeeded());
-  EXPECT_EQ(server.requestsTo("/inline").size(), 3u);
+  server.on("GET", "/inline", Response::xml(mp4Ad()));
+  server.on("GET", "/second", Response::xml("<VAST/>"));
+  const std::string url = server.url("/inline");
+  const auto wrapper = [](const std::string& tag) {
+    return "<Ad><Wrapper><VASTAdTagURI>" + tag + "</VASTAdTagURI></Wrapper></Ad>";
+  };
+  // Line breaks around a CDATA section stay in the URL text, which the platform reads as a
+  // browser does; CDATA markers that arrive as text are stripped; of two ad tags the first in
+  // document order is followed.
+  const std::string documents[] = {
+      "<VAST>" + wrapper("\n  <![CDATA[" + url + "]]>\n") + "</VAST>",
+      "<VAST>" + wrapper("&lt;![CDATA[" + url + "]]&gt;") + "</VAST>",
+      "<VAST>" + wrapper(url) + wrapper(server.url("/second")) + "</VAST>",
+  };
+  for (const auto& document : documents) {
+    SCOPED_TRACE(document);
+    const size_t before = server.requestsTo("/inline").size();
+    TNLVastRun run;
+    EXPECT_TRUE(runOnce(run, document).succeeded());
+    EXPECT_EQ(server.requestsTo("/inline").size(), before + 1);
+  }
   EXPECT_TRUE(server.requestsTo("/second").empty());
 }
 
 TEST(TNLVastWorkflow, APrefixedAdTagEndsTheRunWithoutACallback) {
   TNLTestServer server;
-  const std::string prefixed = std::string("<VAST xmlns=\"") + kVASTNamespace + "\" xmlns:v=\"" +
-                               kVASTNamespace + "\"><Ad><Wrapper><v:VASTAdTagURI>" +
-                               server.url("/inline") + "</v:VASTAdTagURI></Wrapper></Ad></VAST>";
-  server.on("GET", "/prefixed", TNLTestServer::Response::xml(prefixed));
-  server.on("GET", "/inline",
-            TNLTestServer::Response::xml(inlineAd(mediaFile("video/mp4", "https://cdn/a.mp4"))));
+  const std::string prefixed = "<VAST" + kNamespace + " xmlns:v=\"http://www.iab.com/VAST\">" +
+                               "<Ad><Wrapper><v:VASTAdTagURI>" + server.url("/inline") +
+                               "</v:VASTAdTagURI></Wrapper></Ad></VAST>";
+  server.on("GET", "/prefixed", Response::xml(prefixed));
+  server.on("GET", "/inline", Response::xml(mp4Ad()));
 
   TNLVastRun direct;
   direct.start(prefixed);
@@ -334,18 +312,15 @@ TEST(TNLVastWorkflow, APrefixedAdTagEndsTheRunWithoutACallback) {
   EXPECT_TRUE(server.requestsTo("/inline").empty());
 }
 
-TEST(TNLVastWorkflow, AnExceptionWhileStartingIsLoggedAndEndsTheRun) {
+TEST(TNLVastWorkflow, AnExceptionFromTheSuccessCallbackIsLoggedAndEndsTheRun) {
   TNLLogCapture capture;
   TNLLog::sharedLogger()->setShowLogs(true);
-  const auto workflow = TNLVastWorkflow::create();
   int failures = 0;
-  workflow->processXMLData(
-      inlineAd(mediaFile("video/mp4", "https://cdn/a.mp4")),
-      [](const std::string&, const std::string&) { throw std::runtime_error("host callback"); },
+  TNLVastWorkflow::create()->processXMLData(
+      mp4Ad(), [](const std::string&, const std::string&) { throw std::runtime_error("host"); },
       [&](const TNLErrorPtr&) { ++failures; });
   EXPECT_EQ(failures, 0);
-  EXPECT_EQ(capture.lines(),
-            std::vector<std::string>{"XML Processing failed due to exception: host callback"});
+  EXPECT_EQ(capture.lines(), Texts{"XML Processing failed due to exception: host"});
 }
 
 }  // namespace

@@ -126,7 +126,6 @@ TEST_F(FSAdViewController, BridgeActionsReachTheWebViewAndTheAdAndCloseDismisses
   EXPECT_TRUE(webView->scrollView()->bounces());
   play("bridge://enableRedirect");
   EXPECT_TRUE(webView->allowRedirect());
-  play("bridge://optin?video");
 
   // The reward leaves the ad on screen; the close tells the ad, then dismisses.
   play("bridge://reward");
@@ -137,11 +136,6 @@ TEST_F(FSAdViewController, BridgeActionsReachTheWebViewAndTheAdAndCloseDismisses
   ASSERT_TRUE(TNLMainQueue::runUntil([&] { return host->appeared == 1; }));
   EXPECT_EQ(host->presentedViewController(), nullptr);
   EXPECT_EQ(webView->window(), nullptr);
-
-  // The measurement session opened by the opt-in keeps the web view one second after the close.
-  ASSERT_TRUE(
-      TNLMainQueue::runUntil([] { return TNLOMHandler::sharedHandler()->omidSessions().empty(); },
-                             std::chrono::seconds(3)));
   // Once gone, neither the controller nor its web view observes anything.
   std::weak_ptr<TNLFSAdViewController> gone = controller;
   controller.reset();

@@ -127,7 +127,6 @@ TEST(OMIDTarnelAdSessionContext, HTMLContextChecksRunInOrderAndHoldTheWebViewWea
   webView.reset();
   EXPECT_EQ(context->webView(), nullptr);
   EXPECT_EQ(executor->jsEnvironment(), nullptr);
-  executor->injectJavaScriptFromString("dropped()");
 }
 
 TEST_F(OMIDSessionTest, InitAndStartSessionReachTheWebViewAsStatements) {

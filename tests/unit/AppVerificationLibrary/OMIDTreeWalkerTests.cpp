@@ -40,11 +40,12 @@ class KeyboardWindow : public TNLWindow {
 
 class WalkCounter : public OMIDTarnelTreeWalkerTimeLogger {
  public:
-  void didProcessObjectsCount(size_t count, double milliseconds) override {
+  void didProcessObjectsCount(size_t count, double) override {
     counts.push_back(count);
-    EXPECT_GE(milliseconds, 0.0);
+    times.push_back(std::chrono::steady_clock::now());
   }
   std::vector<size_t> counts;
+  std::vector<std::chrono::steady_clock::time_point> times;
 };
 
 // The hierarchies a page received, parsed.
@@ -257,13 +258,24 @@ TEST_F(OMIDTreeWalkTest, AViewStateQueuedBeforeTheFinishNeverFollowsIt) {
   EXPECT_EQ(names.back(), "finishSession");
 }
 
-TEST_F(OMIDTreeWalkTest, BackgroundPausesWalkingAndSessionsAreToldTheStateAndVolume) {
+TEST_F(OMIDTreeWalkTest, TheTreeIsWalkedFiveTimesASecond) {
+  startSession(webView_);
+  ASSERT_TRUE(walk(6));
+  const auto& times = walks_->times;
+  for (size_t i = times.size() - 5; i < times.size(); ++i) {
+    EXPECT_GE(times[i] - times[i - 1], 150ms);  // a repeating timer never fires early
+  }
+  EXPECT_LE(times.back() - times[times.size() - 6], 2s);
+}
+
+TEST_F(OMIDTreeWalkTest, AnInactiveApplicationPausesWalkingAndSessionsAreToldTheStateAndVolume) {
   const auto application = TNLApplication::sharedApplication();
   const auto session = startSession(webView_);
   ASSERT_TRUE(statements::waitFor(webView_, kHierarchy));
   ASSERT_TRUE(walk(2));
 
-  application->setApplicationState(TNLApplicationState::background);
+  // Inactive counts as backgrounded.
+  application->setApplicationState(TNLApplicationState::inactive);
   ASSERT_TRUE(statements::waitFor(webView_, "setState", 2));
   EXPECT_EQ(statements::calls(webView_, "setState"),
             (std::vector<std::string>{"setState('foregrounded')", "setState('backgrounded')"}));

@@ -139,10 +139,6 @@ TEST(TNLLinuxDeviceFacts, ReadsThisMachineAndFallsBackForWhatLinuxLacks) {
   char host[256] = {};
   ASSERT_EQ(::gethostname(host, sizeof(host) - 1), 0);
   EXPECT_EQ(facts->deviceName(), host);
-  EXPECT_FALSE(facts->systemName().empty());
-  EXPECT_FALSE(facts->systemVersion().empty());
-  EXPECT_TRUE(std::isdigit(static_cast<unsigned char>(facts->httpStackVersion().front())));
-  EXPECT_FALSE(facts->preferredLanguages().empty());
 
   const auto addresses = facts->interfaceAddresses();
   ASSERT_TRUE(addresses);
