@@ -174,7 +174,8 @@ std::string creative(bool rewarded) {
 }
 
 // An ad service of the test's own: one source for every format (VAST for rewarded), creatives
-// that close themselves, and a monitoring endpoint that answers after `monitorDelay`.
+// that close themselves, and a monitoring endpoint on a host of its own (as monitoring usually
+// is) that answers after `monitorDelay`.
 struct OtherService {
   explicit OtherService(std::chrono::milliseconds monitorDelay = {}) {
     server.on("GET", "/ads", [this](const TNLTestServer::Request& request) {
@@ -193,7 +194,7 @@ struct OtherService {
     server.on("GET", "/interstitial.html", Response(200, creative(false), "text/html"));
     server.on("GET", "/banner.html", Response(200, creative(false), "text/html"));
     server.on("GET", "/template.html", Response(200, creative(true), "text/html"));
-    server.on("GET", "/monitor", Response(204).after(monitorDelay));
+    monitor.on("GET", "/monitor", Response(204).after(monitorDelay));
     publish({server.url("/ads")});
   }
 
@@ -207,7 +208,7 @@ struct OtherService {
     const TNLJson manifest = {{"ttl", 600},
                               {"monitoring",
                                {{"method", "GET"},
-                                {"baseuri", server.baseURL()},
+                                {"baseuri", monitor.baseURL()},
                                 {"uri_content", "/monitor?e=%EVENT_NAME%"}}},
                               {"demandsources", {{"demandsource", list}}},
                               {"vast_template_uri", server.url("/template.html")}};
@@ -222,7 +223,7 @@ struct OtherService {
   // The events received, sorted, without OnManifestLoaded.
   Lines events() const {
     Lines names;
-    for (const auto& request : server.requestsTo("/monitor")) {
+    for (const auto& request : monitor.requestsTo("/monitor")) {
       if (request.query != "e=OnManifestLoaded") {
         names.push_back(request.query.substr(2));
       }
@@ -232,6 +233,7 @@ struct OtherService {
   }
 
   TNLTestServer server;
+  TNLTestServer monitor;
 };
 
 // The host exits right after the last close, and the monitoring server takes a second to answer
