@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -175,27 +177,33 @@ std::string creative(bool rewarded) {
 
 // An ad service of the test's own: one source for every format (VAST for rewarded), creatives
 // that close themselves, and a monitoring endpoint on a host of its own (as monitoring usually
-// is) that answers after `monitorDelay`.
+// is) that answers after `monitorDelay`. The first ad answer waits as long: the process's first
+// manifest fetches race the first load, and the trackers must have their monitoring section
+// before that load's OnAdReturned, or it is dropped by design.
 struct OtherService {
   explicit OtherService(std::chrono::milliseconds monitorDelay = {}) {
-    server.on("GET", "/ads", [this](const TNLTestServer::Request& request) {
-      if (request.query.find("p=2") != std::string::npos) {
-        return Response::xml(
-            "<VAST version=\"3.0\"><Ad><InLine><AdSystem>t</AdSystem><AdTitle>t</AdTitle>"
-            "<Creatives><Creative><Linear><MediaFiles><MediaFile type=\"video/mp4\" "
-            "delivery=\"progressive\">" +
-            server.url("/clip.mp4") +
-            "</MediaFile></MediaFiles></Linear></Creative></Creatives></InLine></Ad></VAST>");
-      }
-      const bool banner = request.query.find("p=3") != std::string::npos;
-      return Response::json(TNLJSON::serialize(
-          {{"creative_tag", server.url(banner ? "/banner.html" : "/interstitial.html")}}));
+    server.on("GET", "/ads", [this, monitorDelay](const TNLTestServer::Request& request) {
+      return answer(request).after(adAnswers++ == 0 ? monitorDelay : std::chrono::milliseconds{});
     });
     server.on("GET", "/interstitial.html", Response(200, creative(false), "text/html"));
     server.on("GET", "/banner.html", Response(200, creative(false), "text/html"));
     server.on("GET", "/template.html", Response(200, creative(true), "text/html"));
     monitor.on("GET", "/monitor", Response(204).after(monitorDelay));
     publish({server.url("/ads")});
+  }
+
+  Response answer(const TNLTestServer::Request& request) const {
+    if (request.query.find("p=2") != std::string::npos) {
+      return Response::xml(
+          "<VAST version=\"3.0\"><Ad><InLine><AdSystem>t</AdSystem><AdTitle>t</AdTitle>"
+          "<Creatives><Creative><Linear><MediaFiles><MediaFile type=\"video/mp4\" "
+          "delivery=\"progressive\">" +
+          server.url("/clip.mp4") +
+          "</MediaFile></MediaFiles></Linear></Creative></Creatives></InLine></Ad></VAST>");
+    }
+    const bool banner = request.query.find("p=3") != std::string::npos;
+    return Response::json(TNLJSON::serialize(
+        {{"creative_tag", server.url(banner ? "/banner.html" : "/interstitial.html")}}));
   }
 
   // The waterfall: one source per URL, in rank order.
@@ -232,6 +240,7 @@ struct OtherService {
     return names;
   }
 
+  std::atomic<int> adAnswers{0};
   TNLTestServer server;
   TNLTestServer monitor;
 };
