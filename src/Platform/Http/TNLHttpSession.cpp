@@ -270,12 +270,12 @@ class Engine {
           finish(message->easy_handle, message->data.result);
         }
       }
-      bool startsWaiting = false;
+      bool workQueued = false;
       {
         std::lock_guard lock(mutex_);
-        startsWaiting = !pending_.empty() || stopping_;
+        workQueued = !pending_.empty() || stopping_;
       }
-      curl_multi_poll(multi_, nullptr, 0, startsWaiting ? 0 : 1000, nullptr);
+      curl_multi_poll(multi_, nullptr, 0, workQueued ? 0 : 1000, nullptr);
     }
   }
 
