@@ -4,13 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "AppVerificationLibrary/OMIDAdSessionContext.h"
-#include "AppVerificationLibrary/OMIDJSExecutorFactory.h"
 #include "AppVerificationLibrary/OMIDJSNetworkBridge.h"
 #include "AppVerificationLibrary/OMIDJSTimer.h"
 #include "AppVerificationLibrary/OMIDLightJSExecutor.h"
-#include "AppVerificationLibrary/OMIDPartner.h"
-#include "AppVerificationLibrary/OMIDSDK.h"
 #include "Platform/Foundation/TNLSerialQueue.h"
 #include "Platform/Script/TNLJSContext.h"
 #include "support/TNLTestServer.h"
@@ -22,90 +18,78 @@ namespace {
 
 // What the scripts report through a native `report(...)`: the arguments joined by "|", and
 // whether all came on the executor's queue.
-class Reports {
- public:
-  void install(const std::shared_ptr<OMIDTarnelLightJSExecutor>& executor) {
+struct Reports {
+  explicit Reports(const std::shared_ptr<OMIDTarnelLightJSExecutor>& executor) {
     executor->dispatchQueue()->sync([&] {
       const auto context = executor->jsContext();
-      const auto queue = executor->dispatchQueue();
       context->setFunction(context->globalObject(), "report",
-                           [this, queue](TNLJSContext& ctx, const std::vector<TNLJSValue>& args) {
+                           [this, queue = executor->dispatchQueue()](
+                               TNLJSContext& ctx, const std::vector<TNLJSValue>& args) {
                              std::string line;
                              for (size_t i = 0; i < args.size(); ++i) {
                                line += (i > 0 ? "|" : "") + args[i].toString();
                              }
-                             signal_.record([&] {
-                               lines_.push_back(line);
-                               allOnQueue_ = allOnQueue_ && queue->isCurrent();
+                             signal.record([&] {
+                               reported.push_back(line);
+                               onQueue = onQueue && queue->isCurrent();
                              });
                              return ctx.undefinedValue();
                            });
     });
   }
-  bool waitFor(size_t count, std::chrono::milliseconds timeout = 5s) {
-    return signal_.waitFor(count, timeout);
-  }
   std::vector<std::string> lines() const {
-    return signal_.read([&] { return lines_; });
+    return signal.read([&] { return reported; });
   }
   bool allOnQueue() const {
-    return signal_.read([&] { return allOnQueue_; });
+    return signal.read([&] { return onQueue; });
   }
-
- private:
-  TNLTestSignal signal_;
-  std::vector<std::string> lines_;
-  bool allOnQueue_ = true;
+  TNLTestSignal signal;
+  std::vector<std::string> reported;
+  bool onQueue = true;
 };
 
-// Runs on the executor's queue and waits for it, so that everything queued before has run.
-void drain(const std::shared_ptr<OMIDTarnelLightJSExecutor>& executor) {
-  executor->dispatchQueue()->sync([] {});
-}
+class OMIDLightExecutorTest : public ::testing::Test {
+ protected:
+  std::shared_ptr<OMIDTarnelLightJSExecutor> executor_ =
+      OMIDTarnelLightJSExecutor::lightJSExecutor();
+  Reports reports_{executor_};
+};
 
-TEST(OMIDTarnelLightJSExecutor, RunsScriptsAndCallbacksOnItsQueue) {
-  Reports reports;
-  const auto executor = OMIDTarnelLightJSExecutor::lightJSExecutor();
-  EXPECT_TRUE(executor->supportBackgroundThread());
-  reports.install(executor);
-  EXPECT_EQ(executor->jsEnvironment(), std::static_pointer_cast<void>(executor->jsContext()));
-
+TEST_F(OMIDLightExecutorTest, RunsScriptsAndCallbacksOnItsQueue) {
+  const auto lastException = [&] {
+    std::optional<std::string> exception;
+    executor_->dispatchQueue()->sync([&] { exception = executor_->jsContext()->exception(); });
+    return exception;
+  };
   // The empty string is not evaluated: the previous script's exception is still the last one.
-  executor->injectJavaScriptFromString("throw 'kept'");
-  executor->injectJavaScriptFromString("");
-  std::optional<std::string> exception;
-  executor->dispatchQueue()->sync([&] { exception = executor->jsContext()->exception(); });
-  EXPECT_EQ(exception, std::optional<std::string>("kept"));
-  executor->injectJavaScriptFromString(" ");
-  executor->dispatchQueue()->sync([&] { exception = executor->jsContext()->exception(); });
-  EXPECT_EQ(exception, std::nullopt);
+  executor_->injectJavaScriptFromString("throw 'kept'");
+  executor_->injectJavaScriptFromString("");
+  EXPECT_EQ(lastException(), std::optional<std::string>("kept"));
+  executor_->injectJavaScriptFromString(" ");
+  EXPECT_EQ(lastException(), std::nullopt);
 
-  // Callbacks: strings are evaluated, functions called, undefined and null ignored; a callback
-  // with an argument receives it as a script value.
+  // Callbacks: strings are evaluated, functions called, undefined ignored; a callback with an
+  // argument receives it as a script value.
   TNLJSValue function;
   TNLJSValue text;
-  executor->dispatchQueue()->sync([&] {
+  executor_->dispatchQueue()->sync([&] {
     function =
-        executor->jsContext()->evaluateScript("(function (a) { report('called', typeof a, a); })");
-    text = executor->jsContext()->stringValue("report('evaluated')");
+        executor_->jsContext()->evaluateScript("(function (a) { report('called', typeof a, a); })");
+    text = executor_->jsContext()->stringValue("report('evaluated')");
   });
-  executor->invokeCallback(function);
-  executor->invokeCallback(text);
-  executor->invokeCallback(TNLJSValue());
-  executor->invokeCallback(function, TNLJson(3));
-  executor->invokeCallback(function, TNLJson("t"));
-  ASSERT_TRUE(reports.waitFor(4));
-  EXPECT_EQ(reports.lines(), (std::vector<std::string>{"called|undefined|undefined", "evaluated",
-                                                       "called|number|3", "called|string|t"}));
-  EXPECT_TRUE(reports.allOnQueue());
+  executor_->invokeCallback(function);
+  executor_->invokeCallback(text);
+  executor_->invokeCallback(TNLJSValue());
+  executor_->invokeCallback(function, TNLJson("t"));
+  ASSERT_TRUE(reports_.signal.waitFor(3, 5s));
+  EXPECT_EQ(reports_.lines(), (std::vector<std::string>{"called|undefined|undefined", "evaluated",
+                                                        "called|string|t"}));
+  EXPECT_TRUE(reports_.allOnQueue());
 }
 
-TEST(OMIDTarnelJSTimer, TimeoutsWaitAtLeastTenMillisecondsAndNumberFromOne) {
-  Reports reports;
-  const auto executor = OMIDTarnelLightJSExecutor::lightJSExecutor();
-  reports.install(executor);
+TEST_F(OMIDLightExecutorTest, TimersWaitAtLeastTenMillisecondsAndCanBeCleared) {
   // Each callback reports the milliseconds since the script started.
-  executor->injectJavaScriptFromString(
+  executor_->injectJavaScriptFromString(
       "var start = Date.now(); function since() { return Date.now() - start; }"
       "var ids = [omidNative.setTimeout(function () { report('zero', since()); }, 0),"
       "           omidNative.setTimeout(function () { report('five', since()); }, 5),"
@@ -114,8 +98,8 @@ TEST(OMIDTarnelJSTimer, TimeoutsWaitAtLeastTenMillisecondsAndNumberFromOne) {
       "var interval = omidNative.setInterval(function () { omidNative.clearInterval(interval); }, "
       "10);"
       "report('ids', ids.join(','), interval);");
-  ASSERT_TRUE(reports.waitFor(5));
-  const auto lines = reports.lines();
+  ASSERT_TRUE(reports_.signal.waitFor(5, 5s));
+  auto lines = reports_.lines();
   EXPECT_EQ(lines[0], "ids|1,2,3,4|5");
   for (size_t i = 1; i < lines.size(); ++i) {
     const auto bar = lines[i].find('|');
@@ -123,142 +107,63 @@ TEST(OMIDTarnelJSTimer, TimeoutsWaitAtLeastTenMillisecondsAndNumberFromOne) {
     EXPECT_GE(std::stoi(lines[i].substr(bar + 1)), name == "forty" ? 40 : 10) << lines[i];
   }
   EXPECT_EQ(lines.back().substr(0, 6), "forty|");
-  EXPECT_TRUE(reports.allOnQueue());
-}
 
-TEST(OMIDTarnelJSTimer, ClearingStopsTimeoutsAndIntervals) {
-  Reports reports;
-  const auto executor = OMIDTarnelLightJSExecutor::lightJSExecutor();
-  reports.install(executor);
-  executor->injectJavaScriptFromString(
+  executor_->injectJavaScriptFromString(
       "var cleared = omidNative.setTimeout(function () { report('cleared timeout ran'); }, 20);"
       "omidNative.clearTimeout(cleared);"
       "omidNative.clearTimeout(999); omidNative.clearTimeout('junk'); omidNative.clearTimeout();"
       "var ticks = 0;"
-      "var interval = omidNative.setInterval(function () {"
+      "interval = omidNative.setInterval(function () {"
       "  ticks++; report('tick ' + ticks);"
       "  if (ticks === 3) { omidNative.clearInterval(interval); }"
       "}, 10);"
       "omidNative.setTimeout(function () { report('done'); }, 400);");
-  ASSERT_TRUE(reports.waitFor(4, 3s));
-  EXPECT_EQ(reports.lines(), (std::vector<std::string>{"tick 1", "tick 2", "tick 3", "done"}));
-
-  // cancelAllTimers (what a finished session does) stops every pending timer at once.
-  executor->injectJavaScriptFromString(
-      "omidNative.setInterval(function () { report('late tick'); }, 10);"
-      "omidNative.setTimeout(function () { report('late timeout'); }, 30);");
-  drain(executor);
-  EXPECT_TRUE(executor->timer()->isTimerActive(4));
-  EXPECT_TRUE(executor->timer()->isTimerActive(5));
-  executor->timer()->cancelAllTimers();
-  EXPECT_FALSE(executor->timer()->isTimerActive(4));
-  std::this_thread::sleep_for(80ms);
-  drain(executor);
-  EXPECT_EQ(reports.lines().size(), 4u);
+  ASSERT_TRUE(reports_.signal.waitFor(9, 5s));
+  lines = reports_.lines();
+  EXPECT_EQ(std::vector<std::string>(lines.begin() + 5, lines.end()),
+            (std::vector<std::string>{"tick 1", "tick 2", "tick 3", "done"}));
+  EXPECT_TRUE(reports_.allOnQueue());
 }
 
-TEST(OMIDTarnelJSNetworkBridge, SendUrlPingsAndReportsTheOutcomeOnTheQueue) {
+// Outcomes reach the script on the executor's queue; a ping is made once, whatever happens.
+TEST_F(OMIDLightExecutorTest, PingsAndDownloadsReportTheirOutcome) {
   TNLTestServer server;
   server.on("GET", "/ping", TNLTestServer::Response(204));
   server.on("GET", "/missing", TNLTestServer::Response(404, "nope"));
-  Reports reports;
-  const auto executor = OMIDTarnelLightJSExecutor::lightJSExecutor();
-  reports.install(executor);
+  server.on("GET", "/lib.js", TNLTestServer::Response(200, "var lib = 'h\xC3\xA9';"));
   const std::string closed =
       "http://127.0.0.1:" + std::to_string(TNLTestServer::closedPort()) + "/x";
-
-  executor->injectJavaScriptFromString(
-      "omidNative.sendUrl('" + server.url("/ping?a=1") +
-      "', function () { report('ping ok'); }, function () { report('ping failed'); });");
-  ASSERT_TRUE(reports.waitFor(1));
-  executor->injectJavaScriptFromString(
-      "omidNative.sendUrl('" + server.url("/missing") +
-      "', function () { report('status is not an error'); }, function () { report('wrong'); });");
-  ASSERT_TRUE(reports.waitFor(2));
-  executor->injectJavaScriptFromString(
-      "omidNative.sendUrl('" + closed +
-      "', function () { report('wrong'); }, \"report('closed port failed')\");");
-  ASSERT_TRUE(reports.waitFor(3));
-  executor->injectJavaScriptFromString(
-      "omidNative.sendUrl('not a url', null, function () { report('bad url failed'); });");
-  ASSERT_TRUE(reports.waitFor(4));
-  EXPECT_EQ(reports.lines(), (std::vector<std::string>{"ping ok", "status is not an error",
-                                                       "closed port failed", "bad url failed"}));
-  EXPECT_TRUE(reports.allOnQueue());
-
+  // on(what): a callback that reports `what`, and the type and value of an argument it gets.
+  executor_->injectJavaScriptFromString(
+      "function on(what) { return function (x) {"
+      "  report(x === undefined ? what : what + '|' + typeof x + '|' + x); }; }");
+  const std::vector<std::string> scripts{
+      "omidNative.sendUrl('" + server.url("/ping?a=1") + "', on('ping ok'), on('wrong'));",
+      "omidNative.sendUrl('" + server.url("/missing") + "', on('404 is no error'), on('wrong'));",
+      "omidNative.sendUrl('" + closed + "', on('wrong'), \"report('closed port failed')\");",
+      "omidNative.sendUrl('not a url', null, on('bad url failed'));",
+      "omidNative.downloadJavaScriptResource('" + server.url("/lib.js") + "', on('got'), null);",
+      "omidNative.downloadJavaScriptResource('" + closed + "', null, on('failed'));"};
+  for (size_t i = 0; i < scripts.size(); ++i) {
+    executor_->injectJavaScriptFromString(scripts[i]);
+    ASSERT_TRUE(reports_.signal.waitFor(i + 1, 5s)) << scripts[i];
+  }
+  EXPECT_EQ(reports_.lines(),
+            (std::vector<std::string>{"ping ok", "404 is no error", "closed port failed",
+                                      "bad url failed", "got|string|var lib = 'h\xC3\xA9';",
+                                      "failed|number|3"}));
+  EXPECT_TRUE(reports_.allOnQueue());
   const auto pings = server.requestsTo("/ping");
-  ASSERT_EQ(pings.size(), 1u);  // one attempt
-  EXPECT_EQ(pings[0].method, "GET");
+  ASSERT_EQ(pings.size(), 1u);
   EXPECT_EQ(pings[0].query, "a=1");
   EXPECT_EQ(pings[0].header("Cache-Control"), "no-cache");
-}
-
-TEST(OMIDTarnelJSNetworkBridge, DownloadJavaScriptResourceHandsOverTextOrAnErrorNumber) {
-  TNLTestServer server;
-  server.on("GET", "/lib.js", TNLTestServer::Response(200, "var lib = 'h\xC3\xA9';"));
-  Reports reports;
-  const auto executor = OMIDTarnelLightJSExecutor::lightJSExecutor();
-  reports.install(executor);
-  const std::string closed =
-      "http://127.0.0.1:" + std::to_string(TNLTestServer::closedPort()) + "/lib.js";
-
-  executor->injectJavaScriptFromString("omidNative.downloadJavaScriptResource('" +
-                                       server.url("/lib.js") +
-                                       "', function (text) { report('got', text); },"
-                                       " function (code) { report('failed', code); });");
-  ASSERT_TRUE(reports.waitFor(1));
-  executor->injectJavaScriptFromString(
-      "omidNative.downloadJavaScriptResource('" + closed +
-      "', function (text) { report('got', text); },"
-      " function (code) { report('failed', typeof code, code); });");
-  ASSERT_TRUE(reports.waitFor(2));
-  EXPECT_EQ(reports.lines(),
-            (std::vector<std::string>{"got|var lib = 'h\xC3\xA9';", "failed|number|3"}));
-  EXPECT_EQ(server.requestsTo("/lib.js").size(), 1u);
-  EXPECT_TRUE(reports.allOnQueue());
 
   // The error numbers of the platform's codes.
-  EXPECT_EQ(OMIDTarnelJSNetworkBridge::getOMIDError(TNLError::make(TNLURLErrorDomain, -1009)), 0);
-  EXPECT_EQ(OMIDTarnelJSNetworkBridge::getOMIDError(TNLError::make(TNLURLErrorDomain, -1008)), 1);
-  EXPECT_EQ(OMIDTarnelJSNetworkBridge::getOMIDError(TNLError::make(TNLURLErrorDomain, LONG_MAX)),
-            2);
-  EXPECT_EQ(OMIDTarnelJSNetworkBridge::getOMIDError(TNLError::make(TNLURLErrorDomain, -1001)), 3);
-}
-
-TEST(OMIDTarnelJSExecutorFactory, NativeContextsRunTheScriptThenEachResourceWrapped) {
-  TNLTestServer server;
-  server.on(
-      "GET", "/one.js",
-      TNLTestServer::Response(200, "var privateToOne = 1; report('one', this === globalThis);"));
-  server.on("GET", "/two.js",
-            TNLTestServer::Response(200, "report('two', typeof privateToOne);").after(30ms));
-  server.on("GET", "/broken.js", TNLTestServer::Response(200, "report('broken' +);"));
-  ASSERT_TRUE(OMIDTarnelSDK::sharedInstance()->activateWithOMIDAPIVersion(
-      R"({"v":"1.2.4","a":"1"})", nullptr));
-  const auto context = OMIDTarnelAdSessionContext::create(
-      OMIDTarnelPartner::create("Tarnel", "1.0.0.001"), "var fromScript = 'main';",
-      {OMIDTarnelVerificationScriptResource(server.url("/broken.js")),
-       OMIDTarnelVerificationScriptResource(server.url("/one.js"), "one", "p"),
-       OMIDTarnelVerificationScriptResource(server.url("/two.js"), "two", "q"),
-       OMIDTarnelVerificationScriptResource(
-           "http://127.0.0.1:" + std::to_string(TNLTestServer::closedPort()) + "/gone.js")},
-      std::nullopt, nullptr);
-  ASSERT_NE(context, nullptr);
-
-  const auto executor = std::dynamic_pointer_cast<OMIDTarnelLightJSExecutor>(
-      OMIDTarnelJSExecutorFactory::JSExecutorForContext(context));
-  ASSERT_NE(executor, nullptr);
-  EXPECT_EQ(OMIDTarnelJSExecutorFactory::JSExecutorForContext(nullptr), nullptr);
-  Reports reports;
-  reports.install(executor);
-  ASSERT_TRUE(server.waitForRequests(3));
-  ASSERT_TRUE(reports.waitFor(2));
-  // A resource's declarations stay inside its wrapper; the context's script ran as it is.
-  EXPECT_EQ(reports.lines(), (std::vector<std::string>{"one|true", "two|undefined"}));
-  std::string fromScript;
-  executor->dispatchQueue()->sync(
-      [&] { fromScript = executor->jsContext()->evaluateScript("fromScript").toString(); });
-  EXPECT_EQ(fromScript, "main");
+  for (const auto& [code, number] :
+       std::vector<std::pair<long, int>>{{-1009, 0}, {-1008, 1}, {LONG_MAX, 2}, {-1001, 3}}) {
+    EXPECT_EQ(OMIDTarnelJSNetworkBridge::getOMIDError(TNLError::make(TNLURLErrorDomain, code)),
+              number);
+  }
 }
 
 }  // namespace
