@@ -74,7 +74,7 @@ TEST(TNLBridge, ExpandReadsADecimalPrefixAndAnExactTouchFlag) {
   EXPECT_TRUE(TNLBridge::getTouchFromExpandAction("&true"));
 }
 
-TEST(TNLBridge, OptinAndAllowScrollingCompareTheirArgumentExactly) {
+TEST(TNLBridge, OptinAndAllowScrollingCompareTheirArgumentExactlyAndVibrateNeedsNoDelegate) {
   TNLLogCapture capture;
   Bridged b;
   EXPECT_EQ(b.dispatch("optin?display"), Calls{"optin display"});
@@ -88,16 +88,12 @@ TEST(TNLBridge, OptinAndAllowScrollingCompareTheirArgumentExactly) {
   EXPECT_EQ(b.dispatch("allowScrolling=1"), Calls{"allowScroll no"});
   EXPECT_EQ(b.dispatch("allowScrolling=true&x"), Calls{"allowScroll no"});
   EXPECT_EQ(b.dispatch("allowScrolling=allowScrolling=true"), Calls{"allowScroll yes"});
-}
 
-TEST(TNLBridge, VibrateNeedsNoDelegateAndTheDelegateIsNotOwned) {
-  TNLLogCapture capture;
+  // Vibrate needs no delegate; the delegate is not owned.
   TNLBridge bridge;
   bridge.respondToBridgeAction("vibrate");
   EXPECT_EQ(capture.count("System sound 4095 (vibrate) not played"), 1u);
-  auto delegate = std::make_shared<TNLTestBridgeJournal>();
-  bridge.setDelegate(delegate);
-  delegate.reset();
+  bridge.setDelegate(std::make_shared<TNLTestBridgeJournal>());
   EXPECT_EQ(bridge.delegate(), nullptr);
 }
 
