@@ -1,9 +1,7 @@
 #include "support/TNLHostileServer.h"
 
 #include <arpa/inet.h>
-#include <fcntl.h>
 #include <netinet/in.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <zlib.h>
@@ -42,13 +40,12 @@ std::string readPath(int fd) {
   }
   const size_t start = head.find(' ');
   const size_t end = head.find_first_of(" ?", start + 1);
-  if (start == std::string::npos || end == std::string::npos) {
-    return "";
-  }
-  return head.substr(start + 1, end - start - 1);
+  return start == std::string::npos || end == std::string::npos
+             ? ""
+             : head.substr(start + 1, end - start - 1);
 }
 
-std::string statusLine(const std::string& contentType, const std::string& extra) {
+std::string head(const std::string& contentType, const std::string& extra) {
   return "HTTP/1.1 200 OK\r\nContent-Type: " + contentType + "\r\nConnection: close\r\n" + extra +
          "\r\n";
 }
@@ -61,23 +58,17 @@ void sendGzipBomb(int fd, size_t inflated) {
   }
   static const std::string zeros(1 << 16, '\0');
   std::string out(1 << 16, '\0');
-  bool open = true;
-  while (open) {
+  for (bool open = true; open;) {
     const size_t chunk = std::min(inflated, zeros.size());
     inflated -= chunk;
     stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(zeros.data()));
     stream.avail_in = static_cast<uInt>(chunk);
-    const int flush = inflated == 0 ? Z_FINISH : Z_NO_FLUSH;
     do {
       stream.next_out = reinterpret_cast<Bytef*>(out.data());
       stream.avail_out = static_cast<uInt>(out.size());
-      deflate(&stream, flush);
-      const size_t produced = out.size() - stream.avail_out;
-      if (produced > 0 && !sendAll(fd, out.data(), produced)) {
-        open = false;
-        break;
-      }
-    } while (stream.avail_out == 0);
+      deflate(&stream, inflated == 0 ? Z_FINISH : Z_NO_FLUSH);
+      open = sendAll(fd, out.data(), out.size() - stream.avail_out);
+    } while (open && stream.avail_out == 0);
     open = open && inflated > 0;
   }
   deflateEnd(&stream);
@@ -91,29 +82,29 @@ TNLHostileServer::TNLHostileServer() {
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   socklen_t length = sizeof(address);
-  int pipe[2];
   if (listener_ < 0 || ::bind(listener_, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
       ::listen(listener_, 128) != 0 ||
-      ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length) != 0 ||
-      ::pipe2(pipe, O_CLOEXEC) != 0) {
+      ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
     throw std::runtime_error("hostile server could not listen on 127.0.0.1");
   }
   port_ = ntohs(address.sin_port);
-  wakeRead_ = pipe[0];
-  wakeWrite_ = pipe[1];
   acceptor_ = std::thread([this] { acceptLoop(); });
 }
 
 TNLHostileServer::~TNLHostileServer() {
-  stopping_ = true;
-  [[maybe_unused]] const ssize_t woken = ::write(wakeWrite_, "x", 1);
-  acceptor_.join();
   std::vector<std::thread> connections;
   {
     std::lock_guard lock(mutex_);
+    stopping_ = true;
+    ::shutdown(listener_, SHUT_RDWR);  // ends a pending accept
     for (const int fd : sockets_) {
       ::shutdown(fd, SHUT_RDWR);  // unblocks a send or receive in progress
     }
+  }
+  stopped_.notify_all();
+  acceptor_.join();
+  {
+    std::lock_guard lock(mutex_);
     connections.swap(connections_);
   }
   for (auto& connection : connections) {
@@ -123,8 +114,6 @@ TNLHostileServer::~TNLHostileServer() {
     ::close(fd);
   }
   ::close(listener_);
-  ::close(wakeRead_);
-  ::close(wakeWrite_);
 }
 
 void TNLHostileServer::on(const std::string& path, Route route) {
@@ -143,31 +132,20 @@ size_t TNLHostileServer::requestsTo(const std::string& path) const {
 }
 
 void TNLHostileServer::acceptLoop() {
-  while (!stopping_) {
-    pollfd fds[2] = {{listener_, POLLIN, 0}, {wakeRead_, POLLIN, 0}};
-    if (::poll(fds, 2, -1) <= 0 || (fds[1].revents & POLLIN) != 0) {
-      continue;
-    }
+  for (;;) {
     const int fd = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-    if (fd < 0) {
-      continue;
-    }
     std::lock_guard lock(mutex_);
-    sockets_.push_back(fd);
-    connections_.emplace_back([this, fd] { serve(fd); });
+    if (stopping_) {
+      if (fd >= 0) {
+        ::close(fd);
+      }
+      return;
+    }
+    if (fd >= 0) {
+      sockets_.push_back(fd);
+      connections_.emplace_back([this, fd] { serve(fd); });
+    }
   }
-}
-
-TNLHostileServer::Route TNLHostileServer::routeFor(const std::string& path) {
-  std::lock_guard lock(mutex_);
-  ++hits_[path];
-  const auto it = routes_.find(path);
-  if (it == routes_.end()) {
-    Route notFound;
-    notFound.body = "not found";
-    return notFound;
-  }
-  return it->second;
 }
 
 void TNLHostileServer::serve(int fd) {
@@ -175,46 +153,53 @@ void TNLHostileServer::serve(int fd) {
   if (path.empty()) {
     return;
   }
-  const Route route = routeFor(path);
-  // Waits `wait`, or until the server stops; false when it stops.
-  const auto pause = [this](int waitMs) {
-    pollfd wake{wakeRead_, POLLIN, 0};
-    ::poll(&wake, 1, waitMs);
-    return !stopping_;
+  Route route(Behaviour::body, "not found");
+  {
+    std::lock_guard lock(mutex_);
+    ++hits_[path];
+    if (const auto it = routes_.find(path); it != routes_.end()) {
+      route = it->second;
+    }
+  }
+  // Waits `wait` (for ever when negative), or until the server stops; false when it stops.
+  const auto pause = [this](std::chrono::milliseconds wait) {
+    std::unique_lock lock(mutex_);
+    const auto stopping = [this] { return stopping_.load(); };
+    return wait.count() < 0 ? (stopped_.wait(lock, stopping), false)
+                            : !stopped_.wait_for(lock, wait, stopping);
   };
+  const std::string& body = route.body;
   switch (route.behaviour) {
     case Behaviour::body:
-      sendAll(fd, statusLine(route.contentType,
-                             "Content-Length: " + std::to_string(route.body.size()) + "\r\n") +
-                      route.body);
+      sendAll(fd,
+              head(route.contentType, "Content-Length: " + std::to_string(body.size()) + "\r\n") +
+                  body);
       break;
-    case Behaviour::endlessBody: {
-      const std::string block(1 << 16, ' ');
-      if (sendAll(fd, statusLine(route.contentType, ""))) {
+    case Behaviour::endlessBody:
+      if (sendAll(fd, head(route.contentType, ""))) {
+        const std::string block(1 << 16, ' ');
         while (!stopping_ && sendAll(fd, block)) {
         }
       }
       break;
-    }
     case Behaviour::gzipBomb:
-      if (sendAll(fd, statusLine(route.contentType, "Content-Encoding: gzip\r\n"))) {
+      if (sendAll(fd, head(route.contentType, "Content-Encoding: gzip\r\n"))) {
         sendGzipBomb(fd, route.inflatedBytes);
       }
       break;
     case Behaviour::cutOff:
-      sendAll(fd,
-              statusLine(route.contentType,
-                         "Content-Length: " + std::to_string(route.body.size() * 2 + 1) + "\r\n") +
-                  route.body);
+      sendAll(fd, head(route.contentType,
+                       "Content-Length: " + std::to_string(body.size() * 2 + 1) + "\r\n") +
+                      body);
       break;
     case Behaviour::drip:
-      if (sendAll(fd, statusLine(route.contentType, "Content-Length: 1000000\r\n"))) {
-        while (pause(static_cast<int>(route.interval.count())) && sendAll(fd, " ")) {
+      if (sendAll(fd, head(route.contentType, "Content-Length: 1000000\r\n"))) {
+        while (pause(route.interval) && sendAll(fd, " ")) {
         }
       }
       break;
     case Behaviour::silent:
-      pause(-1);
+      pause(std::chrono::milliseconds(-1));
       break;
     case Behaviour::redirectLoop:
       sendAll(fd, "HTTP/1.1 302 Found\r\nLocation: " + path +

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <map>
 #include <mutex>
 #include <string>
@@ -48,15 +49,13 @@ class TNLHostileServer {
  private:
   void acceptLoop();
   void serve(int fd);
-  Route routeFor(const std::string& path);
 
   int listener_ = -1;
   int port_ = 0;
-  int wakeRead_ = -1;
-  int wakeWrite_ = -1;
   std::atomic<bool> stopping_{false};
   std::thread acceptor_;
   mutable std::mutex mutex_;
+  std::condition_variable stopped_;
   std::map<std::string, Route> routes_;
   std::map<std::string, size_t> hits_;
   std::vector<std::thread> connections_;

@@ -2,28 +2,18 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <strings.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <httplib.h>
 
 #include <algorithm>
-#include <cctype>
 #include <stdexcept>
-
-namespace {
-
-std::string lower(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return text;
-}
-
-}  // namespace
 
 std::string TNLTestServer::Request::header(const std::string& name) const {
   for (const auto& [key, value] : headers) {
-    if (lower(key) == lower(name)) {
+    if (::strcasecmp(key.c_str(), name.c_str()) == 0) {
       return value;
     }
   }
@@ -31,8 +21,9 @@ std::string TNLTestServer::Request::header(const std::string& name) const {
 }
 
 bool TNLTestServer::Request::hasHeader(const std::string& name) const {
-  return std::any_of(headers.begin(), headers.end(),
-                     [&](const auto& entry) { return lower(entry.first) == lower(name); });
+  return std::any_of(headers.begin(), headers.end(), [&](const auto& entry) {
+    return ::strcasecmp(entry.first.c_str(), name.c_str()) == 0;
+  });
 }
 
 TNLTestServer::TNLTestServer() : server_(std::make_unique<httplib::Server>()) {

@@ -30,17 +30,9 @@ class TNLVastRun {
   };
 
   // Starts a workflow and keeps it, for looking at its fields afterwards.
-  void start(const std::string& data) {
-    workflow_ = TNLVastWorkflow::create();
-    begin(*workflow_, data);
-  }
-
-  // Starts a workflow and drops it at once, as the ad client does.
-  std::weak_ptr<TNLVastWorkflow> startAndForget(const std::string& data) {
-    const auto workflow = TNLVastWorkflow::create();
-    begin(*workflow, data);
-    return workflow;
-  }
+  void start(const std::string& data) { workflow_ = begin(data); }
+  // Starts a workflow that only its pending fetches hold, as the ad client does.
+  std::weak_ptr<TNLVastWorkflow> startAndForget(const std::string& data) { return begin(data); }
 
   const std::shared_ptr<TNLVastWorkflow>& workflow() const { return workflow_; }
 
@@ -48,21 +40,18 @@ class TNLVastRun {
     std::lock_guard lock(state_->mutex);
     return state_->outcomes;
   }
-
   // Waits until at least `count` callbacks arrived.
-  bool wait(size_t count, std::chrono::milliseconds timeout = std::chrono::seconds(10)) const {
+  bool wait(size_t count) const {
     std::unique_lock lock(state_->mutex);
-    return state_->changed.wait_for(lock, timeout,
+    return state_->changed.wait_for(lock, std::chrono::seconds(10),
                                     [&] { return state_->outcomes.size() >= count; });
   }
-
   // Gives a duplicate callback time to arrive before the outcomes are counted.
   void settle() const { std::this_thread::sleep_for(std::chrono::milliseconds(100)); }
 
   // True once nothing holds the workflow any more.
-  static bool released(const std::weak_ptr<TNLVastWorkflow>& workflow,
-                       std::chrono::milliseconds timeout = std::chrono::seconds(5)) {
-    const auto deadline = std::chrono::steady_clock::now() + timeout;
+  static bool released(const std::weak_ptr<TNLVastWorkflow>& workflow) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
     while (!workflow.expired() && std::chrono::steady_clock::now() < deadline) {
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
@@ -70,6 +59,20 @@ class TNLVastRun {
   }
 
  private:
+  std::shared_ptr<TNLVastWorkflow> begin(const std::string& data) {
+    auto workflow = TNLVastWorkflow::create();
+    state_->callingThread = std::this_thread::get_id();
+    workflow->processXMLData(
+        data,
+        [state = state_](const std::string& document, const std::string& mediaFileName) {
+          state->record({true, document, mediaFileName, nullptr});
+        },
+        [state = state_](const TNLErrorPtr& error) {
+          state->record({false, "", "", error});
+        });
+    return workflow;
+  }
+
   struct State {
     std::mutex mutex;
     std::condition_variable changed;
@@ -86,25 +89,6 @@ class TNLVastRun {
       changed.notify_all();
     }
   };
-
-  void begin(TNLVastWorkflow& workflow, const std::string& data) {
-    state_->callingThread = std::this_thread::get_id();
-    const auto state = state_;
-    workflow.processXMLData(
-        data,
-        [state](const std::string& document, const std::string& mediaFileName) {
-          Outcome outcome;
-          outcome.success = true;
-          outcome.document = document;
-          outcome.mediaFileName = mediaFileName;
-          state->record(std::move(outcome));
-        },
-        [state](const TNLErrorPtr& error) {
-          Outcome outcome;
-          outcome.error = error;
-          state->record(std::move(outcome));
-        });
-  }
 
   std::shared_ptr<State> state_ = std::make_shared<State>();
   std::shared_ptr<TNLVastWorkflow> workflow_;

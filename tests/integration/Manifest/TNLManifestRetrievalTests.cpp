@@ -19,7 +19,6 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr char kPath[] = "/v4/manifest/APP1";
-constexpr char kZero[] = "00000000-0000-0000-0000-000000000000";
 
 std::string manifestJSON(int ttl) {
   return R"({"ttl": )" + std::to_string(ttl) +
@@ -35,7 +34,7 @@ struct Retrieval {
   TNLErrorPtr error;
   bool onSessionThread = false;
 
-  void start() {
+  Retrieval() {
     TNLManifestHandler::retrieveManifestWithSuccess(
         [this](const std::shared_ptr<TNLManifest>& m) {
           signal.record([&] {
@@ -51,7 +50,6 @@ struct Retrieval {
           });
         });
   }
-  bool wait() { return signal.waitFor(); }
 };
 
 class ManifestRetrieval : public ::testing::Test {
@@ -59,32 +57,36 @@ class ManifestRetrieval : public ::testing::Test {
   void SetUp() override {
     TNLSetup::setManifestBaseURL(server.baseURL());
     TNLSetup::setDeviceFacts(facts);
+    TNLLog::sharedLogger()->setShowLogs(true);
   }
-  void registerApp() { TNLMacros::setValueInMacroDictionary("APP1", TNL_APPID_MACRO); }
+  // Serves `json` and registers the application, whose ID names the path.
+  void serve(const std::string& json, const std::string& path = kPath) {
+    server.on("POST", path, TNLTestServer::Response::json(json));
+    TNLMacros::setValueInMacroDictionary("APP1", TNL_APPID_MACRO);
+  }
+  TNLJson deviceInfoSent() const {
+    const auto requests = server.requestsTo(kPath);
+    return requests.empty() ? TNLJson() : TNLJson::parse(requests[0].body).at("device_info");
+  }
 
   TNLTestServer server;
   std::shared_ptr<TNLTestDeviceFacts> facts = std::make_shared<TNLTestDeviceFacts>();
+  TNLLogCapture capture;
 };
 
-TEST_F(ManifestRetrieval, PostsTheDeviceFactsToTheApplicationsPath) {
-  server.on("POST", kPath, TNLTestServer::Response::json(manifestJSON(3600)));
-  registerApp();
-  Retrieval retrieval;
-  retrieval.start();
-  ASSERT_TRUE(retrieval.wait());
-  ASSERT_EQ(retrieval.successes, 1);
-  EXPECT_TRUE(retrieval.onSessionThread);
-  ASSERT_NE(retrieval.manifest, nullptr);
-  EXPECT_EQ(retrieval.manifest->ttl(), 3600u);
+TEST_F(ManifestRetrieval, PostsTheDeviceFactsAndServesTheManifestWithinItsTtl) {
+  serve(manifestJSON(3600));
+  Retrieval first;
+  ASSERT_TRUE(first.signal.waitFor());
+  ASSERT_EQ(first.successes, 1);
+  EXPECT_TRUE(first.onSessionThread);
+  ASSERT_NE(first.manifest, nullptr);
   EXPECT_EQ(TNLMacros::sharedMacroDict().at(TNL_PROPERTY_MACRO), "My Property");
 
   const auto requests = server.requestsTo(kPath);
   ASSERT_EQ(requests.size(), 1u);
-  EXPECT_EQ(requests[0].method, "POST");
-  const std::string& text = requests[0].body;
-  EXPECT_EQ(text.rfind("{\n  \"", 0), 0u) << "pretty-printed, one member per line: " << text;
-  const TNLJson body = TNLJson::parse(text);
-  ASSERT_TRUE(body.is_object());
+  EXPECT_EQ(requests[0].body.rfind("{\n  \"", 0), 0u) << "pretty-printed: " << requests[0].body;
+  const TNLJson body = TNLJson::parse(requests[0].body);
   EXPECT_EQ(body.size(), 3u);
   EXPECT_EQ(body.at("version"), "4.0.0");
   EXPECT_EQ(body.at("sdk"), "4.0.0.001");
@@ -107,24 +109,11 @@ TEST_F(ManifestRetrieval, PostsTheDeviceFactsToTheApplicationsPath) {
       {"longitude", "0"},
       {"name", "Test Device"},
   };
-  const TNLJson& deviceInfo = body.at("device_info");
-  ASSERT_EQ(deviceInfo.size(), 17u) << deviceInfo.dump(2);
-  for (const auto& [key, value] : expected.items()) {
-    ASSERT_TRUE(deviceInfo.contains(key)) << key;
-    EXPECT_EQ(deviceInfo.at(key), value) << key;
-  }
-}
+  EXPECT_EQ(deviceInfoSent(), expected);
 
-TEST_F(ManifestRetrieval, RetrievalsWithinTheTtlMakeOneRequest) {
-  server.on("POST", kPath, TNLTestServer::Response::json(manifestJSON(3600)));
-  registerApp();
-  Retrieval first;
-  first.start();
-  ASSERT_TRUE(first.wait());
-
+  // Within the ttl the held manifest is handed over before the call returns.
   Retrieval second;
-  second.start();
-  EXPECT_EQ(second.signal.count(), 1u) << "a valid manifest is handed over before the call returns";
+  EXPECT_EQ(second.signal.count(), 1u);
   EXPECT_EQ(second.manifest, first.manifest);
   EXPECT_FALSE(second.onSessionThread);
   EXPECT_EQ(server.requestsTo(kPath).size(), 1u);
@@ -132,12 +121,10 @@ TEST_F(ManifestRetrieval, RetrievalsWithinTheTtlMakeOneRequest) {
 }
 
 TEST_F(ManifestRetrieval, ZeroTtlFetchesEveryTime) {
-  server.on("POST", kPath, TNLTestServer::Response::json(manifestJSON(0)));
-  registerApp();
+  serve(manifestJSON(0));
   for (int i = 0; i < 3; ++i) {
     Retrieval retrieval;
-    retrieval.start();
-    ASSERT_TRUE(retrieval.wait());
+    ASSERT_TRUE(retrieval.signal.waitFor());
     EXPECT_EQ(retrieval.successes, 1);
     EXPECT_NE(retrieval.manifest, nullptr);
     EXPECT_FALSE(TNLManifestHandler::manfiestIsValid());
@@ -149,102 +136,71 @@ TEST_F(ManifestRetrieval, ZeroTtlFetchesEveryTime) {
 }
 
 TEST_F(ManifestRetrieval, AnUnparsableManifestStillSucceedsWithNull) {
-  TNLLogCapture capture;
-  TNLLog::sharedLogger()->setShowLogs(true);
-  server.on(
-      "POST", kPath,
-      TNLTestServer::Response::json(R"({"ttl": "3600", "developer": {"applicationname": "X"}})"));
-  registerApp();
+  serve(R"({"ttl": "3600", "developer": {"applicationname": "X"}})");
   Retrieval retrieval;
-  retrieval.start();
-  ASSERT_TRUE(retrieval.wait());
+  ASSERT_TRUE(retrieval.signal.waitFor());
   EXPECT_EQ(retrieval.successes, 1);
   EXPECT_EQ(retrieval.manifest, nullptr);
   EXPECT_EQ(TNLManifestHandler::sharedHandler()->manifest(), nullptr);
   EXPECT_FALSE(TNLManifestHandler::manfiestIsValid());
   EXPECT_TRUE(capture.contains("Failed to create Manifest due to exception: "));
-  EXPECT_EQ(TNLMacros::sharedMacroDict().count(TNL_PROPERTY_MACRO), 0u)
-      << "no manifest, no property name";
+  EXPECT_EQ(TNLMacros::sharedMacroDict().count(TNL_PROPERTY_MACRO), 0u);
 }
 
 TEST_F(ManifestRetrieval, AFailedFetchKeepsThePreviousManifest) {
-  server.on("POST", kPath, TNLTestServer::Response::json(manifestJSON(1)));
-  registerApp();
+  serve(manifestJSON(1));
   Retrieval good;
-  good.start();
-  ASSERT_TRUE(good.wait());
+  ASSERT_TRUE(good.signal.waitFor());
   ASSERT_NE(good.manifest, nullptr);
   std::this_thread::sleep_for(1100ms);  // let it expire
   ASSERT_FALSE(TNLManifestHandler::manfiestIsValid());
 
-  server.on("POST", kPath, TNLTestServer::Response::json("[]"));
+  serve("[]");
   Retrieval notAnObject;
-  notAnObject.start();
-  ASSERT_TRUE(notAnObject.wait());
+  ASSERT_TRUE(notAnObject.signal.waitFor());
   EXPECT_EQ(notAnObject.failures, 1);
   EXPECT_EQ(notAnObject.error, nullptr);
   EXPECT_EQ(server.requestsTo(kPath).size(), 2u);
 
   TNLSetup::setManifestBaseURL("http://127.0.0.1:" + std::to_string(TNLTestServer::closedPort()));
   Retrieval unreachable;
-  unreachable.start();
-  ASSERT_TRUE(unreachable.wait());
+  ASSERT_TRUE(unreachable.signal.waitFor());
   EXPECT_EQ(unreachable.failures, 1);
   ASSERT_NE(unreachable.error, nullptr);
   EXPECT_EQ(unreachable.error->domain(), TNLURLErrorDomain);
-
   EXPECT_EQ(TNLManifestHandler::sharedHandler()->manifest(), good.manifest);
 }
 
 TEST_F(ManifestRetrieval, ABaseURLWithPercentEscapesIsUsedAsItStands) {
-  // "%20" in the base is part of the address, not a placeholder of the format.
   TNLSetup::setManifestBaseURL(server.baseURL() + "/ad%20service");
-  server.on("POST", std::string("/ad service") + kPath,
-            TNLTestServer::Response::json(manifestJSON(3600)));
-  registerApp();
+  serve(manifestJSON(3600), std::string("/ad service") + kPath);
   Retrieval retrieval;
-  retrieval.start();
-  ASSERT_TRUE(retrieval.wait());
+  ASSERT_TRUE(retrieval.signal.waitFor());
   EXPECT_EQ(retrieval.successes, 1);
 }
 
-// A manifest held when the macro table is built decides the privacy of every later request body.
-void expectRestrictedBody(TNLTestServer& server, bool coppa, bool gdpr) {
+// COPPA held when the macro table is built hides the identity in every later request body
+// (GDPR alone does the same; the macro table's tests cover both).
+TEST_F(ManifestRetrieval, PrivacyHeldAtMacroConstructionHidesTheIdentity) {
   auto held = std::make_shared<TNLManifest>();
-  held->setPrivacy(std::make_shared<TNLPrivacy>(coppa, gdpr));
+  held->setPrivacy(std::make_shared<TNLPrivacy>(true, false));
   TNLManifestHandler::sharedHandler()->setManifest(held);  // held, but already expired
-  server.on("POST", kPath, TNLTestServer::Response::json(manifestJSON(3600)));
-  TNLMacros::setValueInMacroDictionary("APP1", TNL_APPID_MACRO);
-
+  serve(manifestJSON(3600));
   Retrieval retrieval;
-  retrieval.start();
-  ASSERT_TRUE(retrieval.wait());
-  const auto requests = server.requestsTo(kPath);
-  ASSERT_EQ(requests.size(), 1u);
-  const TNLJson deviceInfo = TNLJson::parse(requests[0].body).at("device_info");
+  ASSERT_TRUE(retrieval.signal.waitFor());
+  const TNLJson deviceInfo = deviceInfoSent();
   EXPECT_EQ(deviceInfo.size(), 17u);
-  EXPECT_EQ(deviceInfo.at("UID"), kZero);
+  EXPECT_EQ(deviceInfo.at("UID"), "00000000-0000-0000-0000-000000000000");
   EXPECT_EQ(deviceInfo.at("public_ip_address"), "");
   EXPECT_EQ(deviceInfo.at("name"), "");
   EXPECT_EQ(deviceInfo.at("model"), "x86_64");
 }
 
-TEST_F(ManifestRetrieval, CoppaHeldAtMacroConstructionHidesTheIdentity) {
-  expectRestrictedBody(server, true, false);
-}
-
-TEST_F(ManifestRetrieval, GdprHeldAtMacroConstructionHidesTheIdentity) {
-  expectRestrictedBody(server, false, true);
-}
-
 TEST_F(ManifestRetrieval, WithoutAnApplicationIdOrABodyTheRequestStillGoesOut) {
-  TNLLogCapture capture;
-  TNLLog::sharedLogger()->setShowLogs(true);
   facts->update([](auto& v) { v.bundleIdentifier = "com.example.\xC3"; });  // not UTF-8
   server.on("POST", "/v4/manifest/(null)", TNLTestServer::Response::json(manifestJSON(3600)));
   Retrieval retrieval;
-  retrieval.start();
-  ASSERT_TRUE(retrieval.wait());
+  ASSERT_TRUE(retrieval.signal.waitFor());
   EXPECT_EQ(retrieval.successes, 1);
   const auto requests = server.requestsTo("/v4/manifest/(null)");
   ASSERT_EQ(requests.size(), 1u);

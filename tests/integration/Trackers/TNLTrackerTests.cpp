@@ -32,11 +32,10 @@ class Trackers : public ::testing::Test {
 
   // Answers manifest requests with a manifest whose monitoring section is `monitoring`.
   void serveManifest(int ttl, const std::string& monitoring) {
-    std::string json = R"({"ttl": )" + std::to_string(ttl);
-    if (!monitoring.empty()) {
-      json += R"(, "monitoring": )" + monitoring;
-    }
-    server.on("POST", kManifestPath, TNLTestServer::Response::json(json + "}"));
+    server.on("POST", kManifestPath,
+              TNLTestServer::Response::json(R"({"ttl": )" + std::to_string(ttl) +
+                                            (monitoring.empty() ? "" : R"(, "monitoring": )") +
+                                            monitoring + "}"));
   }
   std::string monitoringTo(const std::string& path, const std::string& method,
                            const std::string& content = "?e=%EVENT_NAME%") {
@@ -44,7 +43,6 @@ class Trackers : public ::testing::Test {
            server.url(path) + R"(", "uri_content": ")" + content + R"("})";
   }
 
-  // Retrieves the manifest and waits for the answer.
   void retrieve() {
     TNLTestSignal answered;
     TNLManifestHandler::retrieveManifestWithSuccess([&](const auto&) { answered.record(); },
@@ -61,7 +59,7 @@ class Trackers : public ::testing::Test {
     return queries;
   }
 
-  // Waits for `count` requests to `path`, then a little longer so that extra ones would show.
+  // Waits for `count` requests to `path`, then a little longer for extra ones to show.
   bool waitFor(const std::string& path, size_t count) const {
     const auto deadline = std::chrono::steady_clock::now() + 10s;
     while (server.requestsTo(path).size() < count && std::chrono::steady_clock::now() < deadline) {
@@ -77,26 +75,24 @@ class Trackers : public ::testing::Test {
 TEST_F(Trackers, EachEventReachesTheMonitoringUrlWithTheManifestsMethod) {
   serveManifest(3600, monitoringTo("/track", "POST", "?e=%EVENT_NAME%&s=%SESSION_ID%&a=%APP_ID%"));
   retrieve();
-  const std::vector<std::string> events = {TNL_ADREQUESTED_TRACKER,   TNL_ADRETURNED_TRACKER,
-                                           TNL_ADUNAVAILABLE_TRACKER, TNL_ADREADY_TRACKER,
-                                           TNL_ADSHOWING_TRACKER,     TNL_ADCLOSED_TRACKER,
-                                           TNL_ADREWARDED_TRACKER};
+  std::vector<std::string> events = {TNL_ADREQUESTED_TRACKER,   TNL_ADRETURNED_TRACKER,
+                                     TNL_ADUNAVAILABLE_TRACKER, TNL_ADREADY_TRACKER,
+                                     TNL_ADSHOWING_TRACKER,     TNL_ADCLOSED_TRACKER,
+                                     TNL_ADREWARDED_TRACKER};
   for (const auto& event : events) {
     TNLTrackerHandler::sendTrackerForEvent(event);
   }
-  ASSERT_TRUE(waitFor("/track", events.size() + 1));
-
-  const std::string session = TNLDeviceInfo::sharedInstance()->sessionId();
+  events.push_back(TNL_MANIFESTLOADED_TRACKER);
+  ASSERT_TRUE(waitFor("/track", events.size()));
   std::vector<std::string> expected;
   for (const auto& event : events) {
-    expected.push_back("e=" + event + "&s=" + session + "&a=APP1");
+    expected.push_back("e=" + event + "&s=" + TNLDeviceInfo::sharedInstance()->sessionId() +
+                       "&a=APP1");
   }
-  expected.push_back(std::string("e=") + TNL_MANIFESTLOADED_TRACKER + "&s=" + session + "&a=APP1");
   std::sort(expected.begin(), expected.end());
   EXPECT_EQ(queriesTo("/track"), expected);
   for (const auto& request : server.requestsTo("/track")) {
-    EXPECT_EQ(request.method, "POST");
-    EXPECT_EQ(request.body, "");
+    EXPECT_EQ(request.method + request.body, "POST");
   }
 }
 
@@ -142,9 +138,9 @@ TEST_F(Trackers, AManifestWithoutMonitoringLogsEveryEventAndSendsNothing) {
   retrieve();
   TNLTrackerHandler::sendTrackerForEvent(TNL_ADSHOWING_TRACKER);
   TNLTrackerHandler::sendTrackerForEvent(TNL_ADCLOSED_TRACKER);
-  EXPECT_EQ(capture.count("Could not send tracker for event: OnManifestLoaded"), 1u);
-  EXPECT_EQ(capture.count("Could not send tracker for event: OnAdShowing"), 1u);
-  EXPECT_EQ(capture.count("Could not send tracker for event: OnAdClosed"), 1u);
+  for (const char* event : {"OnManifestLoaded", "OnAdShowing", "OnAdClosed"}) {
+    EXPECT_EQ(capture.count(std::string("Could not send tracker for event: ") + event), 1u);
+  }
   std::this_thread::sleep_for(150ms);
   EXPECT_EQ(server.requestCount(), 1u) << "only the manifest request";
 }

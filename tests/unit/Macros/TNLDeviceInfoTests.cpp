@@ -39,15 +39,12 @@ TEST(TNLDeviceInfo, FallsBackWhereAFactIsMissing) {
     v.primaryInterface.reset();
     v.screen.reset();
   }));
-  EXPECT_EQ(bare.hostAppName(), "");
-  EXPECT_EQ(bare.deviceModel(), "");
-  EXPECT_EQ(bare.userAgent(), "/2.1  TestOS/12.4 CFNetwork/8.5.0 Darwin/6.1.0");
-  EXPECT_EQ(bare.carrierName(), "");  // a provider's empty name is kept
+  EXPECT_EQ((std::vector<std::string>{bare.hostAppName(), bare.deviceModel(), bare.userAgent(),
+                                      bare.carrierName(), bare.deviceIpAddress(),
+                                      bare.screenWidth(), bare.screenHeight()}),
+            (std::vector<std::string>{"", "", "/2.1  TestOS/12.4 CFNetwork/8.5.0 Darwin/6.1.0", "",
+                                      "error", "0", "0"}));
   EXPECT_TRUE(bare.adTrackingBlocked());
-  EXPECT_EQ(bare.deviceIpAddress(), "error");
-  EXPECT_EQ(bare.screenWidth(), "0");
-  EXPECT_EQ(bare.screenHeight(), "0");
-
   EXPECT_EQ(TNLDeviceInfo(facts([](auto& v) { v.displayName.reset(); })).hostAppName(),
             "GameBundle");
   EXPECT_EQ(TNLDeviceInfo(facts([](auto& v) { v.addresses.reset(); })).deviceIpAddress(), "error");
@@ -59,15 +56,13 @@ TEST(TNLDeviceInfo, FallsBackWhereAFactIsMissing) {
                                                                  {"wlan0", 10, "fe80::1"}};
             })).deviceIpAddress(),
             "10.0.0.2");
-  EXPECT_EQ(TNLDeviceInfo(facts([](auto& v) { v.carrier = "Carrier One"; })).carrierName(),
-            "Carrier One");
-
   const TNLDeviceInfo retina(facts([](auto& v) {
     v.screen = Facts::ScreenMetrics{414.9, 896.2, 3.0};
+    v.carrier = "Carrier One";
   }));
-  EXPECT_EQ(retina.screenWidth(), "414");
-  EXPECT_EQ(retina.screenHeight(), "896");
-  EXPECT_EQ(retina.screenDPI(), "489.000000");
+  EXPECT_EQ((std::vector<std::string>{retina.screenWidth(), retina.screenHeight(),
+                                      retina.screenDPI(), retina.carrierName()}),
+            (std::vector<std::string>{"414", "896", "489.000000", "Carrier One"}));
 }
 
 TEST(TNLDeviceInfo, AFailingStepEndsTheCaptureAndIsLoggedOnce) {
@@ -80,12 +75,10 @@ TEST(TNLDeviceInfo, AFailingStepEndsTheCaptureAndIsLoggedOnce) {
   EXPECT_EQ(info.sessionId().size(), 32u);
   EXPECT_EQ(info.carrierName(), "no-carrier");
   EXPECT_EQ(info.deviceIpAddress(), "192.168.1.20");
-  for (const std::string& value :
-       {info.deviceModel(), info.hostAppName(), info.screenWidth(), info.screenHeight(),
-        info.systemVersion(), info.userAgent(), info.advertisingId(), info.deviceLang(),
-        info.screenDPI(), info.deviceName()}) {
-    EXPECT_EQ(value, "");
-  }
+  EXPECT_EQ(info.deviceModel() + info.hostAppName() + info.screenWidth() + info.screenHeight() +
+                info.systemVersion() + info.userAgent() + info.advertisingId() + info.deviceLang() +
+                info.screenDPI() + info.deviceName(),
+            "");
   EXPECT_FALSE(info.adTrackingBlocked());
 
   // No preferred language at all fails the capture at that step.
@@ -108,13 +101,16 @@ TEST(TNLDeviceInfo, ConnectionTypeIsMeasuredOnEveryCall) {
   const auto installed = facts();
   TNLSetup::setDeviceFacts(installed);
   const auto info = TNLDeviceInfo::sharedInstance();
-  EXPECT_EQ(info->connectionType(), "Wifi");
-  installed->update([](auto& v) { v.flags = Facts::kFlagReachable | Facts::kFlagIsWWAN; });
-  EXPECT_EQ(info->connectionType(), "Cellular");
-  installed->update([](auto& v) { v.flags = 0; });
-  EXPECT_EQ(info->connectionType(), "No Connection");
-  installed->update([](auto& v) { v.flags.reset(); });  // unreadable flags
-  EXPECT_EQ(info->connectionType(), "No Connection");
+  const std::pair<std::optional<uint32_t>, const char*> cases[] = {
+      {Facts::kFlagReachable, "Wifi"},
+      {Facts::kFlagReachable | Facts::kFlagIsWWAN, "Cellular"},
+      {0, "No Connection"},
+      {std::nullopt, "No Connection"},  // unreadable flags
+  };
+  for (const auto& [flags, type] : cases) {
+    installed->update([&](auto& v) { v.flags = flags; });
+    EXPECT_EQ(info->connectionType(), type);
+  }
 }
 
 }  // namespace

@@ -15,9 +15,9 @@ namespace {
 
 using Authorization = TNLLocationSource::Authorization;
 
-std::pair<std::string, std::string> coordinates() {
+std::string coordinates() {
   const TNLMacroDict dict = TNLMacros::sharedMacroDict();
-  return {dict.at(TNL_LATITUDE_MACRO), dict.at(TNL_LONGITUDE_MACRO)};
+  return dict.at(TNL_LATITUDE_MACRO) + " " + dict.at(TNL_LONGITUDE_MACRO);
 }
 
 // Installs facts whose location source starts with `authorization`, and builds the macro table.
@@ -50,7 +50,7 @@ TEST(TNLLocationService, AsksOnlyWithServicesOnAndPermissionAlreadyGiven) {
   TNLLocationService::makeLocationRequest();
   TNLMainQueue::runFor(50ms);
   EXPECT_EQ(source->requestCount(), 0);
-  EXPECT_EQ(coordinates(), std::make_pair(std::string("0"), std::string("0")));
+  EXPECT_EQ(coordinates(), "0 0");
 
   source->update([](auto& s) { s.enabled = true; });
   EXPECT_TRUE(TNLLocationService::locationServiceAvailable());
@@ -62,18 +62,18 @@ TEST(TNLLocationService, AsksOnlyWithServicesOnAndPermissionAlreadyGiven) {
 TEST(TNLLocationService, TheLastFixOfTheCurrentRequestIsWritten) {
   const auto source = setUp(Authorization::AuthorizedWhenInUse);
   ASSERT_EQ(source->requestCount(), 1);
-  EXPECT_EQ(coordinates(), std::make_pair(std::string("0"), std::string("0")));
+  EXPECT_EQ(coordinates(), "0 0");
 
   // A second request replaces the manager: the first one's answer is ignored.
   TNLLocationService::makeLocationRequest();
   ASSERT_TRUE(TNLMainQueue::runUntil([&] { return source->requestCount() == 2; }, 2s));
   source->succeed({{1.5, 2.5}});
   TNLMainQueue::runFor(50ms);
-  EXPECT_EQ(coordinates(), std::make_pair(std::string("0"), std::string("0")));
+  EXPECT_EQ(coordinates(), "0 0");
 
   source->succeed({{48.1, 11.5}, {52.520008, 13.404954}});
-  ASSERT_TRUE(TNLMainQueue::runUntil([] { return coordinates().first != "0"; }, 2s));
-  EXPECT_EQ(coordinates(), std::make_pair(std::string("52.520008"), std::string("13.404954")));
+  ASSERT_TRUE(TNLMainQueue::runUntil([] { return coordinates() != "0 0"; }, 2s));
+  EXPECT_EQ(coordinates(), "52.520008 13.404954");
 }
 
 TEST(TNLLocationService, AKnownLocationIsUsedWithoutAskingAndFailuresAreLogged) {
@@ -83,8 +83,8 @@ TEST(TNLLocationService, AKnownLocationIsUsedWithoutAskingAndFailuresAreLogged) 
     s.lastKnown = TNLLocationSource::Location{-33.8688, 151.2093};
   });
   TNLLocationService::makeLocationRequest();
-  ASSERT_TRUE(TNLMainQueue::runUntil([] { return coordinates().first != "0"; }, 2s));
-  EXPECT_EQ(coordinates(), std::make_pair(std::string("-33.868800"), std::string("151.209300")));
+  ASSERT_TRUE(TNLMainQueue::runUntil([] { return coordinates() != "0 0"; }, 2s));
+  EXPECT_EQ(coordinates(), "-33.868800 151.209300");
   EXPECT_EQ(source->requestCount(), 0);
 
   TNLLogCapture capture;
@@ -99,7 +99,7 @@ TEST(TNLLocationService, AKnownLocationIsUsedWithoutAskingAndFailuresAreLogged) 
   EXPECT_NE(line.find("> failed due to error: Error Domain=kCLErrorDomain Code=0 \"no fix\""),
             std::string::npos)
       << line;
-  EXPECT_EQ(coordinates(), std::make_pair(std::string("-33.868800"), std::string("151.209300")));
+  EXPECT_EQ(coordinates(), "-33.868800 151.209300");
 }
 
 }  // namespace

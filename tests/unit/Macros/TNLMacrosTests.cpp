@@ -92,11 +92,11 @@ TEST_P(RestrictedMacros, HideTheIdentityForTheLifeOfTheProcess) {
   const auto facts = TNLTestDeviceFacts::install();
   holdManifestWithPrivacy(coppa, !coppa);
   const TNLMacroDict dict = TNLMacros::sharedMacroDict();
-  EXPECT_EQ(dict.at(TNL_DEVICEID_MACRO), kZero);
-  EXPECT_EQ(dict.at(TNL_IOSDEVICEID_MACRO), kZero);
-  EXPECT_EQ(dict.at(TNL_ADVERTISERID_MACRO), kZero);
-  EXPECT_EQ(dict.at(TNL_DEVICENAME_MACRO), "");
-  EXPECT_EQ(dict.at(TNL_COPPA_MACRO), coppa ? "true" : "false");
+  using Texts = std::vector<std::string>;
+  EXPECT_EQ((Texts{dict.at(TNL_DEVICEID_MACRO), dict.at(TNL_IOSDEVICEID_MACRO),
+                   dict.at(TNL_ADVERTISERID_MACRO), dict.at(TNL_DEVICENAME_MACRO),
+                   dict.at(TNL_COPPA_MACRO)}),
+            (Texts{kZero, kZero, kZero, "", coppa ? "true" : "false"}));
   EXPECT_TRUE(TNLDeviceInfo::sharedInstance()->restricted());
 
   // A later manifest without either changes nothing.

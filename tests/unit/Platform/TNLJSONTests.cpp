@@ -45,18 +45,13 @@ TEST(TNLJSON, KeepsDocumentOrderAndSerialisesCompactOrPretty) {
 }
 
 TEST(TNLJSON, TruthValueReadsLikeThePlatform) {
-  EXPECT_TRUE(TNLJSON::truthValue(TNLJson(true)));
-  EXPECT_FALSE(TNLJSON::truthValue(TNLJson(false)));
-  EXPECT_TRUE(TNLJSON::truthValue(TNLJson(2)));
-  EXPECT_TRUE(TNLJSON::truthValue(TNLJson(-0.5)));
-  EXPECT_FALSE(TNLJSON::truthValue(TNLJson(0)));
-  EXPECT_FALSE(TNLJSON::truthValue(TNLJson()));
-  EXPECT_FALSE(TNLJSON::truthValue(TNLJson::object()));
-  for (const char* yes : {"true", "YES", "y", "T", "  t", "1", "9x", "007", "+3"}) {
-    EXPECT_TRUE(TNLJSON::truthValue(TNLJson(yes))) << yes;
+  for (const TNLJson& yes : std::vector<TNLJson>{true, 2, -0.5, "true", "YES", "y", "T", "  t", "1",
+                                                 "9x", "007", "+3"}) {
+    EXPECT_TRUE(TNLJSON::truthValue(yes)) << yes;
   }
-  for (const char* no : {"false", "no", "0", "", "  ", "x1", "-0"}) {
-    EXPECT_FALSE(TNLJSON::truthValue(TNLJson(no))) << no;
+  for (const TNLJson& no : std::vector<TNLJson>{false, 0, TNLJson(), TNLJson::object(), "false",
+                                                "no", "0", "", "  ", "x1", "-0"}) {
+    EXPECT_FALSE(TNLJSON::truthValue(no)) << no;
   }
 }
 

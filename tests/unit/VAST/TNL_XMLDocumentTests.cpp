@@ -16,22 +16,28 @@ std::shared_ptr<TNL_XMLDocument> parse(const std::string& xml) {
   return doc;
 }
 
-TNL_XMLNode::Nodes find(const std::shared_ptr<TNL_XMLDocument>& doc, const std::string& xpath) {
+// From a document or a node.
+template <class Context>
+TNL_XMLNode::Nodes find(const Context& node, const std::string& xpath,
+                        const std::optional<TNL_XMLNode::Namespaces>& ns = std::nullopt) {
   TNLErrorPtr error;
-  auto nodes = doc->nodesForXPath(xpath, &error);
+  auto nodes = node->nodesForXPath(xpath, ns, &error);
   EXPECT_TRUE(nodes.has_value()) << xpath << ": " << (error ? error->description() : "");
   return nodes.value_or(TNL_XMLNode::Nodes{});
 }
 
+void expectXMLError(const TNLErrorPtr& error, long code) {
+  ASSERT_NE(error, nullptr);
+  EXPECT_EQ(error->domain(), TNL_XMLErrorDomain);
+  EXPECT_EQ(error->code(), code);
+}
+
 TEST(TNL_XMLDocument, ParsesWithItsOwnOptionsWhateverTheCallerAsks) {
   const std::string xml =
-      "<?xml version=\"1.0\"?>\n"
-      "<VAST version=\"4.0\">\n"
-      "  <Ad>\n"
+      "<?xml version=\"1.0\"?>\n<VAST version=\"4.0\">\n  <Ad>\n"
       "    <MediaFile type=\"video/mp4\"><![CDATA[https://cdn/a.mp4]]> </MediaFile>\n"
-      "  </Ad>\n"
-      "</VAST>\n";
-  // Recovery and keeping blanks would change the tree; neither is applied, whatever is asked.
+      "  </Ad>\n</VAST>\n";
+  // Keeping CDATA or blanks would change the tree; neither is applied, whatever is asked.
   for (const unsigned options : {0u, 0xffffffffu}) {
     TNLErrorPtr error = TNLError::make("stale", 1);
     const auto doc = TNL_XMLDocument::createWithData(xml, options, &error);
@@ -39,37 +45,30 @@ TEST(TNL_XMLDocument, ParsesWithItsOwnOptionsWhateverTheCallerAsks) {
     EXPECT_EQ(error, nullptr);
     const auto media = find(doc, "//MediaFile");
     ASSERT_EQ(media.size(), 1u);
-    ASSERT_EQ(media[0]->childCount(), 1u);  // the CDATA section is plain text now
+    ASSERT_EQ(media[0]->childCount(), 1u);
     EXPECT_EQ(media[0]->childAtIndex(0)->XMLNode()->type, XML_TEXT_NODE);
     EXPECT_EQ(doc->rootElement()->XMLString(),
               "<VAST version=\"4.0\"><Ad><MediaFile type=\"video/mp4\">https://cdn/a.mp4 "
               "</MediaFile></Ad></VAST>");
   }
-
   for (const std::string bad : {"not xml", "<a><b></a>"}) {
     TNLErrorPtr error;
     EXPECT_EQ(TNL_XMLDocument::createWithData(bad, 1, &error), nullptr) << bad;
-    ASSERT_NE(error, nullptr);
-    EXPECT_EQ(error->domain(), TNL_XMLErrorDomain);
-    EXPECT_EQ(error->code(), -1);
+    expectXMLError(error, -1);
     EXPECT_TRUE(error->userInfo().empty());
   }
 }
 
 TEST(TNL_XMLDocument, RefusesDeclarationsAndDeepNestingLikeAnyDocumentThatDoesNotParse) {
   const auto nested = [](int depth) {
-    std::string xml;
-    for (int i = 0; i < depth; ++i)
-      xml += "<a>";
-    for (int i = 0; i < depth; ++i)
-      xml += "</a>";
-    return xml;
+    std::string open, close;
+    for (int i = 0; i < depth; ++i) {
+      open += "<a>";
+      close += "</a>";
+    }
+    return open + close;
   };
-  struct Case {
-    std::string xml;
-    bool parses;
-  };
-  const Case cases[] = {
+  const std::pair<std::string, bool> cases[] = {
       {"<!DOCTYPE r [<!ENTITY e \"" + std::string(1000, 'A') + "\">]><r>&e;&e;&e;</r>", false},
       {"<!DOCTYPE r [<!ENTITY % p \"<!ENTITY e 'x'>\"> %p;]><r/>", false},
       {"<!DOCTYPE r [<!ELEMENT r ANY>]><r/>", false},
@@ -79,47 +78,44 @@ TEST(TNL_XMLDocument, RefusesDeclarationsAndDeepNestingLikeAnyDocumentThatDoesNo
       {"<!DOCTYPE r SYSTEM \"http://127.0.0.1:1/r.dtd\"><r/>", true},
       {nested(200), true},
   };
-  for (const auto& c : cases) {
+  for (const auto& [xml, parses] : cases) {
     TNLErrorPtr error;
-    const auto doc = TNL_XMLDocument::createWithData(c.xml, 0, &error);
-    EXPECT_EQ(doc != nullptr, c.parses) << c.xml.substr(0, 80);
-    if (!c.parses) {
-      ASSERT_NE(error, nullptr);
-      EXPECT_EQ(error->code(), -1);
+    EXPECT_EQ(TNL_XMLDocument::createWithData(xml, 0, &error) != nullptr, parses)
+        << xml.substr(0, 80);
+    if (!parses) {
+      expectXMLError(error, -1);
     }
   }
 }
 
-TEST(TNL_XMLDocument, KindsAndWrapperClasses) {
+TEST(TNL_XMLDocument, NamesValuesAndWrapperClasses) {
   const auto doc = parse(
-      "<?xml version=\"1.0\"?><!DOCTYPE r SYSTEM \"r.dtd\">"
-      "<r xmlns=\"urn:d\" xmlns:p=\"urn:p\" a=\"1\"><?pi data?><!--c-->text<p:e/>&e;</r>");
+      "<r xmlns=\"urn:d\" xmlns:p=\"urn:p\" a=\"1\"><!--c-->text<p:e b=\"2\" p:c=\"3\">x<i>y</i>z"
+      "</p:e></r>");
   ASSERT_TRUE(doc);
-  const auto single = [&](const std::string& xpath,
-                          const std::optional<TNL_XMLNode::Namespaces>& ns = std::nullopt) {
-    TNLErrorPtr error;
-    const auto nodes = doc->nodesForXPath(xpath, ns, &error);
-    EXPECT_TRUE(nodes && nodes->size() == 1) << xpath;
-    return nodes && !nodes->empty() ? nodes->front() : nullptr;
+  const auto single = [&](const std::string& xpath) {
+    const auto nodes = find(doc, xpath, TNL_XMLNode::Namespaces{{"p", "urn:p"}});
+    EXPECT_EQ(nodes.size(), 1u) << xpath;
+    return nodes.empty() ? nullptr : nodes.front();
   };
-
-  const auto document = single("/");
-  EXPECT_EQ(document->kind(), TNL_XMLDocumentKind);
-  EXPECT_EQ(document->childAtIndex(0)->kind(), TNL_XMLDTDKind);
-  const auto root = doc->rootElement();
-  EXPECT_EQ(single("/d:r", TNL_XMLNode::Namespaces{{"d", "urn:d"}})->XMLNode(), root->XMLNode());
-  EXPECT_EQ(single("//@a")->kind(), TNL_XMLAttributeKind);
-  EXPECT_EQ(single("//processing-instruction()")->kind(), TNL_XMLProcessingInstructionKind);
-  // An entity of the unread external subset stays a reference.
-  EXPECT_EQ(root->childAtIndex(4)->kind(), TNL_XMLEntityDeclarationKind);
-
   // Elements come wrapped as elements, everything else as plain nodes, from either factory.
-  EXPECT_NE(std::dynamic_pointer_cast<TNL_XMLElement>(single("//p:e")), nullptr);
+  const auto e = std::dynamic_pointer_cast<TNL_XMLElement>(single("//p:e"));
+  ASSERT_NE(e, nullptr);
   EXPECT_EQ(std::dynamic_pointer_cast<TNL_XMLElement>(single("//@a")), nullptr);
+  EXPECT_EQ(single("//@a")->kind(), TNL_XMLAttributeKind);
   EXPECT_NE(std::dynamic_pointer_cast<TNL_XMLElement>(
-                TNL_XMLElement::nodeBorrowingXMLNode(root->XMLNode())),
+                TNL_XMLElement::nodeBorrowingXMLNode(doc->rootElement()->XMLNode())),
             nullptr);
   EXPECT_EQ(TNL_XMLNode::nodeBorrowingXMLNode(nullptr), nullptr);
+  EXPECT_EQ(doc->rootElement()->childAtIndex(3), nullptr);
+
+  // Qualified names, text of all descendants, attributes in document order.
+  EXPECT_EQ(e->name(), "p:e");
+  EXPECT_EQ(e->stringValue(), "xyz");
+  EXPECT_EQ(e->XMLString(), "<p:e b=\"2\" p:c=\"3\">x<i>y</i>z</p:e>");
+  ASSERT_EQ(e->attributes().size(), 2u);
+  EXPECT_EQ(e->attributes()[1]->XMLString(), "p:c=\"3\"");
+  EXPECT_EQ(e->childAtIndex(1)->childAtIndex(0)->name(), "text");
 
   // Namespace nodes: the prefix is the name, "" for the default one; the URI is the value.
   const auto p = single("/*/namespace::p");
@@ -127,9 +123,7 @@ TEST(TNL_XMLDocument, KindsAndWrapperClasses) {
   EXPECT_EQ(p->name(), "p");
   EXPECT_EQ(p->stringValue(), "urn:p");
   EXPECT_EQ(p->XMLString(), "xmlns:p=\"urn:p\"");
-  const auto defaultNamespace = single("/*/namespace::*[.='urn:d']");
-  EXPECT_EQ(defaultNamespace->name(), "");
-  EXPECT_TRUE(p->children().empty());
+  EXPECT_EQ(single("/*/namespace::*[.='urn:d']")->name(), "");
 }
 
 TEST(TNL_XMLDocument, XPathRegistersTheContextElementsNamespaces) {
@@ -138,121 +132,67 @@ TEST(TNL_XMLDocument, XPathRegistersTheContextElementsNamespaces) {
       "<MediaFile>a</MediaFile><MediaFile>b</MediaFile>"
       "<Extensions xmlns:x=\"urn:x\"><x:Ext>e</x:Ext></Extensions></Ad></VAST>");
   ASSERT_TRUE(doc);
-
-  // A map replaces the automatic registration of "_def_ns", which the samples test uses.
+  EXPECT_EQ(find(doc, "//_def_ns:MediaFile").size(), 2u);
+  EXPECT_TRUE(find(doc, "//MediaFile").empty());
+  // A map replaces the automatic registration of "_def_ns".
+  EXPECT_EQ(
+      find(doc, "//v:MediaFile", TNL_XMLNode::Namespaces{{"v", "http://www.iab.com/VAST"}}).size(),
+      2u);
   TNLErrorPtr error;
-  const auto mapped = doc->nodesForXPath(
-      "//v:MediaFile", TNL_XMLNode::Namespaces{{"v", "http://www.iab.com/VAST"}}, &error);
-  ASSERT_TRUE(mapped.has_value());
-  EXPECT_EQ(mapped->size(), 2u);
   EXPECT_FALSE(doc->nodesForXPath("//_def_ns:MediaFile", TNL_XMLNode::Namespaces{}, &error));
 
   // Only the context element's declarations count: x is declared deeper.
   error = nullptr;
   EXPECT_FALSE(doc->nodesForXPath("//x:Ext", &error).has_value());
-  ASSERT_NE(error, nullptr);
-  EXPECT_EQ(error->domain(), TNL_XMLErrorDomain);
-  EXPECT_EQ(error->code(), XML_XPATH_UNDEF_PREFIX_ERROR);
+  expectXMLError(error, XML_XPATH_UNDEF_PREFIX_ERROR);
   EXPECT_FALSE(error->userInfo().value("error", "").empty());
-  const auto extensions = find(doc, "//_def_ns:Extensions");
-  ASSERT_EQ(extensions.size(), 1u);
-  const auto ext = extensions[0]->nodesForXPath("x:Ext", &error);
-  ASSERT_TRUE(ext.has_value());
-  ASSERT_EQ(ext->size(), 1u);
-  EXPECT_EQ((*ext)[0]->name(), "x:Ext");
+  const auto ext = find(find(doc, "//_def_ns:Extensions").at(0), "x:Ext");
+  ASSERT_EQ(ext.size(), 1u);
+  EXPECT_EQ(ext[0]->name(), "x:Ext");
 
   error = nullptr;
   EXPECT_FALSE(doc->nodesForXPath("//MediaFile[", &error).has_value());
-  ASSERT_NE(error, nullptr);
-  EXPECT_EQ(error->code(), XML_XPATH_EXPR_ERROR);
-  EXPECT_TRUE(error->userInfo().contains("error"));
-
+  expectXMLError(error, XML_XPATH_EXPR_ERROR);
   // Results that are not node sets give an empty list.
-  const auto count = doc->nodesForXPath("count(//*)", &error);
-  ASSERT_TRUE(count.has_value());
-  EXPECT_TRUE(count->empty());
-}
-
-TEST(TNL_XMLDocument, NamesValuesAndSerialisation) {
-  const auto doc = parse(
-      "<r xmlns:p=\"urn:p\"><p:e b=\"2\" a=\"1\" p:c=\"3\">x<i>y</i>z</p:e><empty/>"
-      "<text>  two\n lines  </text></r>");
-  ASSERT_TRUE(doc);
-  const auto root = doc->rootElement();
-  EXPECT_EQ(root->name(), "r");
-  ASSERT_EQ(root->childCount(), 3u);
-  EXPECT_EQ(root->childAtIndex(3), nullptr);
-
-  const auto e = std::dynamic_pointer_cast<TNL_XMLElement>(root->childAtIndex(0));
-  ASSERT_TRUE(e);
-  EXPECT_EQ(e->name(), "p:e");
-  EXPECT_EQ(e->stringValue(), "xyz");
-  EXPECT_EQ(e->XMLString(), "<p:e b=\"2\" a=\"1\" p:c=\"3\">x<i>y</i>z</p:e>");
-  const auto& attributes = e->attributes();
-  ASSERT_EQ(attributes.size(), 3u);
-  EXPECT_EQ(attributes[0]->name(), "b");
-  EXPECT_EQ(attributes[1]->stringValue(), "1");
-  EXPECT_EQ(attributes[2]->name(), "p:c");
-  EXPECT_EQ(attributes[2]->XMLString(), "p:c=\"3\"");
-
-  const auto empty = std::dynamic_pointer_cast<TNL_XMLElement>(root->childAtIndex(1));
-  EXPECT_TRUE(empty->attributes().empty());
-  EXPECT_TRUE(empty->children().empty());
-  EXPECT_EQ(empty->stringValue(), "");
-  EXPECT_EQ(root->childAtIndex(2)->stringValue(), "  two\n lines  ");
-  EXPECT_EQ(root->childAtIndex(2)->childAtIndex(0)->name(), "text");
+  EXPECT_TRUE(find(doc, "count(//*)").empty());
 }
 
 TEST(TNL_XMLDocument, BorrowedNodesBelongToTheDocumentCopiesToThemselves) {
   auto doc = parse("<r><a><b>1</b></a></r>");
   ASSERT_TRUE(doc);
-  {
-    const auto a = find(doc, "//a")[0];
-    EXPECT_FALSE(a->shouldFreeXMLNode());
-    EXPECT_FALSE(a->childAtIndex(0)->shouldFreeXMLNode());
-  }
-  // Dropping borrowed wrappers freed nothing.
-  EXPECT_EQ(doc->rootElement()->XMLString(), "<r><a><b>1</b></a></r>");
+  EXPECT_FALSE(find(doc, "//a")[0]->shouldFreeXMLNode());
+  EXPECT_FALSE(find(doc, "//a")[0]->childAtIndex(0)->shouldFreeXMLNode());
 
   const auto copy = std::dynamic_pointer_cast<TNL_XMLElement>(find(doc, "//a")[0]->copy());
   ASSERT_TRUE(copy);
   EXPECT_TRUE(copy->shouldFreeXMLNode());
   EXPECT_EQ(copy->XMLNode()->doc, nullptr);
   copy->addChild(*TNL_XMLNode::elementWithName("c"));
+  // Dropping borrowed wrappers freed nothing, and the copy changed alone.
   EXPECT_EQ(doc->rootElement()->XMLString(), "<r><a><b>1</b></a></r>");
   doc.reset();  // the copy outlives the document it came from
   EXPECT_EQ(copy->XMLString(), "<a><b>1</b><c/></a>");
-  EXPECT_EQ(copy->childAtIndex(0)->stringValue(), "1");
 }
 
 TEST(TNL_XMLNode, NodesWithoutADocumentAreSearchedInATemporaryOne) {
   const auto root = TNL_XMLNode::elementWithName("root");
   root->addChild(*TNL_XMLNode::elementWithName("child", "v"));
   root->addChild(*TNL_XMLNode::elementWithName("child", "w"));
-  EXPECT_TRUE(root->shouldFreeXMLNode());
-
-  TNLErrorPtr error;
-  const auto children = root->nodesForXPath("//child", &error);
-  ASSERT_TRUE(children.has_value());
-  ASSERT_EQ(children->size(), 2u);
-  EXPECT_EQ((*children)[1]->stringValue(), "w");
+  const auto children = find(root, "//child");
+  ASSERT_EQ(children.size(), 2u);
+  EXPECT_EQ(children[1]->stringValue(), "w");
   EXPECT_EQ(root->XMLNode()->doc, nullptr);
-  EXPECT_EQ((*children)[0]->XMLNode()->doc, nullptr);
   EXPECT_EQ(root->XMLNode()->parent, nullptr);
-
   // From a descendant the whole tree is searched.
-  const auto up = (*children)[0]->nodesForXPath("ancestor::root", &error);
-  ASSERT_TRUE(up.has_value());
-  ASSERT_EQ(up->size(), 1u);
-  EXPECT_EQ((*up)[0]->XMLNode(), root->XMLNode());
+  const auto up = find(children[0], "ancestor::root");
+  ASSERT_EQ(up.size(), 1u);
+  EXPECT_EQ(up[0]->XMLNode(), root->XMLNode());
   EXPECT_EQ(root->XMLString(), "<root><child>v</child><child>w</child></root>");
 
   // An attribute on its own cannot stand in a document.
-  const auto attribute = TNL_XMLNode::attributeWithName("k", "v");
-  EXPECT_FALSE(attribute->nodesForXPath(".", &error).has_value());
-  ASSERT_NE(error, nullptr);
-  EXPECT_EQ(error->domain(), TNL_XMLErrorDomain);
-  EXPECT_EQ(error->code(), -1);
+  TNLErrorPtr error;
+  EXPECT_FALSE(TNL_XMLNode::attributeWithName("k", "v")->nodesForXPath(".", &error).has_value());
+  expectXMLError(error, -1);
   EXPECT_EQ(error->userInfo(), TNLJson({{"error", "invalid node"}}));
 }
 
@@ -277,7 +217,6 @@ TEST(TNL_XMLElement, AddChildCopiesAndFitsNamespaces) {
   EXPECT_EQ(tracking->XMLString(), "<Tracking><T>inline</T><T e=\"start\">wrapper</T></Tracking>");
   EXPECT_EQ(find(target, "//_def_ns:T").size(), 2u);
   EXPECT_EQ(*source->rootElement()->XMLString(), sourceBefore);
-  EXPECT_EQ(find(source, "//_def_ns:T")[0]->XMLNode()->doc, source->rootElement()->XMLNode()->doc);
 
   // Another namespace keeps its declaration; unqualified nodes take the default in scope.
   tracking->addChild(*find(foreign, "/*/*")[0]);
@@ -286,24 +225,21 @@ TEST(TNL_XMLElement, AddChildCopiesAndFitsNamespaces) {
             "<Tracking><T>inline</T><T e=\"start\">wrapper</T><Y xmlns=\"urn:foreign\">f</Y>"
             "<Q a=\"1\">q</Q></Tracking>");
   EXPECT_EQ(find(target, "//_def_ns:Q").size(), 1u);
-  EXPECT_TRUE(find(target, "//Q").empty());
 
   // Qualified names resolve against the graft point, by prefix or by "{URI}".
-  tracking->addChild(*TNL_XMLNode::elementWithName("o:Extra", "x"));
-  tracking->addChild(*TNL_XMLNode::elementWithName("{urn:other}:ByURI"));
-  tracking->addChild(*TNL_XMLNode::elementWithName("unknown:Kept"));
-  tracking->addChild(*TNL_XMLNode::elementWithName("trailing:"));
-  const auto added = tracking->children();
-  ASSERT_EQ(added.size(), 8u);
-  EXPECT_EQ(added[4]->name(), "o:Extra");
-  EXPECT_EQ(added[5]->name(), "o:ByURI");
-  EXPECT_EQ(added[6]->name(), "unknown:Kept");
-  EXPECT_EQ(added[7]->name(), "trailing:");
+  for (const char* name : {"o:Extra", "{urn:other}:ByURI", "unknown:Kept", "trailing:"}) {
+    tracking->addChild(*TNL_XMLNode::elementWithName(name));
+  }
+  std::vector<std::string> names;
+  for (const auto& child : tracking->children()) {
+    names.push_back(*child->name());
+  }
+  EXPECT_EQ(names, (std::vector<std::string>{"T", "T", "Y", "Q", "o:Extra", "o:ByURI",
+                                             "unknown:Kept", "trailing:"}));
   EXPECT_EQ(find(target, "//o:Extra").size(), 1u);
 
   // A declaration repeating one in scope under the same prefix gives way to it.
-  const auto prefixed = parse("<v:W xmlns:v=\"urn:vast\"><v:Z/></v:W>");
-  tracking->addChild(*find(prefixed, "/*/*")[0]);
+  tracking->addChild(*find(parse("<v:W xmlns:v=\"urn:vast\"><v:Z/></v:W>"), "/*/*")[0]);
   EXPECT_EQ(tracking->childAtIndex(8)->XMLString(), "<v:Z/>");
   EXPECT_EQ(find(target, "//v:Z").size(), 1u);
 
@@ -313,7 +249,6 @@ TEST(TNL_XMLElement, AddChildCopiesAndFitsNamespaces) {
   ad->addChild(*TNL_XMLNode::attributeWithName("id", "7"));
   ad->addChild(*TNL_XMLNode::namespaceWithName("n", "urn:n"));
   ASSERT_EQ(ad->attributes().size(), 1u);
-  EXPECT_EQ(ad->attributes()[0]->stringValue(), "7");
   EXPECT_EQ(ad->childCount(), 1u);
   EXPECT_EQ(ad->XMLString()->rfind("<Ad xmlns:n=\"urn:n\" id=\"7\">", 0), 0u);
 }
