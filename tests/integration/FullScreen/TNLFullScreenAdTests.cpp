@@ -232,6 +232,18 @@ TEST_F(FullScreenAds, ALoadedZoneAnswersAtOnceForTheTypeItWasLoadedAs) {
   EXPECT_EQ(service.events().size(), 7u);
 }
 
+// Nothing is stored until the first answer, so the second load asks the sources again.
+TEST_F(FullScreenAds, ASecondLoadWhileTheFirstIsInFlightAsksAgain) {
+  serveAds();
+  ASSERT_TRUE(service.preloadManifest());
+  TNLInterstitialAd::setInterstitialAdDelegate(screen, "APP1");
+  TNLInterstitialAd::loadInterstitialAdForZone("Z");
+  TNLInterstitialAd::loadInterstitialAdForZone("Z");
+  ASSERT_TRUE(screen->waitForCalls(2));
+  EXPECT_EQ(screen->calls(), (Calls{"interstitial ready Z @http", "interstitial ready Z @http"}));
+  EXPECT_EQ(service.queriesTo("/ads").size(), 2u);
+}
+
 TEST_F(FullScreenAds, FailedLoadsComeOnTheHTTPThreadUnlessTheHostAsksForTheMainOne) {
   // Zone A has no ad; zone B's page breaks off; zone C loads.
   server.on("GET", "/ads", [this](const TNLTestServer::Request& request) {
