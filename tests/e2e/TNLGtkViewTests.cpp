@@ -175,10 +175,10 @@ TEST_F(ViewTest, APassThroughZoneSendsClicksToWhatLiesBehind) {
   int taps = 0;
   const auto behind = buttonCounting(taps, {0.0, 0.0, 300.0, 300.0});
   window->addSubview(behind);
-  // Over it: a view whose top 100 points pass touches through, holding a web page that counts
-  // the clicks it gets.
+  // Over it: a view whose top-left 205 x 100 points pass touches through, holding a web page
+  // that counts the clicks it gets. The zone's edges are found to the point.
   const auto banner = std::make_shared<PassThroughView>(TNLRect{0.0, 0.0, 300.0, 300.0});
-  banner->zone = {0.0, 0.0, 300.0, 100.0};
+  banner->zone = {0.0, 0.0, 205.0, 100.0};
   window->addSubview(banner);
   const auto page = TNLWebView::create({0.0, 0.0, 300.0, 300.0}, {});
   banner->addSubview(page);
@@ -191,11 +191,11 @@ TEST_F(ViewTest, APassThroughZoneSendsClicksToWhatLiesBehind) {
 
   click(widgetOf(page), 150, 50);
   EXPECT_TRUE(waitFor([&] { return taps == 1; }));
-  click(widgetOf(page), 150, 200);
+  click(widgetOf(page), 206, 50);
   EXPECT_TRUE(waitFor([&] { return server.requestsTo("/clicked").size() == 1; }));
   EXPECT_EQ(taps, 1);
 
-  // The zone grows with the banner's next expansion: its edge is found to the point.
+  // The zone grows with the banner's next expansion.
   banner->zone = {0.0, 0.0, 300.0, 213.0};
   banner->setFrame({0.0, 0.0, 300.0, 299.0});
   click(widgetOf(page), 150, 210);
