@@ -126,6 +126,11 @@ TEST(DemoHost, TheBundledServiceShowsEveryFormatPlaysTheClipAndScreenshotsIt) {
       playheads.push_back(std::stod(line.substr(playhead + 19)));
     }
   }
+  // The impression and the start leave together, on connections of their own, and may arrive
+  // in either order.
+  if (events.size() >= 2 && events[0] == "start") {
+    std::swap(events[0], events[1]);
+  }
   EXPECT_EQ(events, (Lines{"impression", "start", "firstQuartile", "midpoint", "thirdQuartile",
                            "complete"}));
   ASSERT_EQ(playheads.size(), 5u);

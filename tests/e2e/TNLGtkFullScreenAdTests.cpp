@@ -115,6 +115,7 @@ TEST_F(FullScreenAdTest, AMeasuredRewardedAdRunsFromLoadToCloseAndItsPageHearsTh
             nlohmann::json::array({"landscape"}));
   const auto start = reports.named("omidBridge.startSession")[0];
   // The session's identifier, then its context.
+  ASSERT_GE(start.types.size(), 2u);
   EXPECT_EQ(Names(start.types.begin(), start.types.begin() + 2), (Names{"string", "object"}));
   EXPECT_EQ(start.args[1]["adSessionType"], "html");
   // The device-orientation macro, on the Linux machine's facts: its screen is landscape.
