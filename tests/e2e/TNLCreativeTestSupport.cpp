@@ -1,6 +1,5 @@
 #include "e2e/TNLCreativeTestSupport.h"
 
-#include <algorithm>
 #include <map>
 
 #include "Platform/Foundation/TNLMainQueue.h"
@@ -9,9 +8,8 @@ namespace tnl_e2e {
 
 namespace {
 
-// The creative's side of the bridge. Statements from the library arrive as calls of
-// receivePayload, ZENKO and omidBridge; each is numbered in the order the page received it and
-// reported to the ad server. The page answers through main-frame navigations to bridge://.
+// Numbered in the order the page received them; the page answers through main-frame
+// navigations to bridge://.
 constexpr char kBridgeScript[] = R"JS(
   let reportCount = 0;
   function report(name, args) {
@@ -27,23 +25,12 @@ constexpr char kBridgeScript[] = R"JS(
   }
 
   function receivePayload(ad) { received('receivePayload', [ad]); }
-  window.ZENKO = {
-    setVolume: (...args) => received('ZENKO.setVolume', args),
-    isAdVisible: (...args) => received('ZENKO.isAdVisible', args),
-    isScrollListenerSubscribed: (...args) => received('ZENKO.isScrollListenerSubscribed', args),
-    scroll: (...args) => received('ZENKO.scroll', args),
-    onDeviceData: (...args) => received('ZENKO.onDeviceData', args),
-    onWebViewExpanded: (...args) => received('ZENKO.onWebViewExpanded', args),
-    onWebViewCollapsed: (...args) => received('ZENKO.onWebViewCollapsed', args),
-    orientationDidChange: (...args) => received('ZENKO.orientationDidChange', args),
-  };
-  // The measurement side: what the OM SDK publishes into the page.
-  window.omidBridge = {
-    init: (...args) => received('omidBridge.init', args),
-    startSession: (...args) => received('omidBridge.startSession', args),
-    finishSession: (...args) => received('omidBridge.finishSession', args),
-    setNativeViewHierarchy: (...args) => received('omidBridge.setNativeViewHierarchy', args),
-  };
+  const methods = (object, names) => Object.fromEntries(
+      names.map((name) => [name, (...args) => received(object + '.' + name, args)]));
+  window.ZENKO = methods('ZENKO', ['setVolume', 'isAdVisible', 'isScrollListenerSubscribed',
+      'scroll', 'onDeviceData', 'orientationDidChange']);
+  window.omidBridge = methods('omidBridge', ['init', 'startSession', 'finishSession',
+      'setNativeViewHierarchy']);
 )JS";
 
 }  // namespace
@@ -88,18 +75,13 @@ std::vector<std::string> CreativeReports::names() const {
 }
 
 std::vector<CreativeReports::Call> CreativeReports::named(const std::string& name) const {
-  std::vector<Call> result;
-  for (const auto& call : calls()) {
-    if (call.name == name) {
-      result.push_back(call);
-    }
-  }
+  auto result = calls();
+  std::erase_if(result, [&](const Call& call) { return call.name != name; });
   return result;
 }
 
-bool CreativeReports::waitFor(const std::string& name, size_t count,
-                              std::chrono::milliseconds timeout) const {
-  return TNLMainQueue::runUntil([&] { return named(name).size() >= count; }, timeout);
+bool CreativeReports::waitFor(const std::string& name, size_t count) const {
+  return TNLMainQueue::runUntil([&] { return named(name).size() >= count; });
 }
 
 }  // namespace tnl_e2e

@@ -6,6 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "Platform/Foundation/TNLJSON.h"
+#include "TarnelAd/TarnelAd.h"
+#include "e2e/TNLGtkTestSupport.h"
+#include "support/TNLTestAdService.h"
 #include "support/TNLTestServer.h"
 
 // Creatives for the e2e tests of the ad flows: real pages served by the test's ad service that
@@ -14,16 +18,9 @@
 namespace tnl_e2e {
 
 // An HTML creative: `body`, then the creative's side of the bridge, then `script`.
-//
-// The bridge side defines the global function receivePayload, the ZENKO object with every
-// method the library calls on it, and an omidBridge with init, startSession, finishSession and
-// setNativeViewHierarchy.
-// Each call is reported to kReportPath as {seq, name, types, args}: name as the page was called
-// ("receivePayload", "ZENKO.isAdVisible", "omidBridge.init"), the typeof of each argument and the
-// arguments as JSON. `script` may use:
-//   on(name, handler)    runs handler(...args) after a call of that name is reported;
-//   report(name, args)   sends a report of its own (a promise of the request);
-//   bridge(action)       sets location.href to "bridge://" + action, as creatives do.
+// Each call of receivePayload, ZENKO.* and omidBridge.* is reported to kReportPath as
+// {seq, name, types, args}. `script` may use on(name, handler) (runs after such a call is
+// reported), report(name, args) and bridge(action) (navigates to "bridge://" + action).
 std::string creativePage(const std::string& body, const std::string& script);
 
 // What the page reported, in the order it received it.
@@ -37,21 +34,62 @@ class CreativeReports {
     nlohmann::json args;             // array
   };
 
-  // Answers the page's reports on `server`.
   explicit CreativeReports(TNLTestServer& server);
 
-  // The reports numbered 0 to n - 1, without a gap: each request travels on a connection of its
-  // own, so a later one may arrive first; it is counted once those before it are in.
+  // The reports numbered 0 to n - 1, without a gap (each travels on a connection of its own).
   std::vector<Call> calls() const;
   std::vector<std::string> names() const;
-  // The calls of that name, in order.
   std::vector<Call> named(const std::string& name) const;
   // Runs the main loop until `count` calls of that name have been counted.
-  bool waitFor(const std::string& name, size_t count = 1,
-               std::chrono::milliseconds timeout = std::chrono::seconds(10)) const;
+  bool waitFor(const std::string& name, size_t count = 1) const;
 
  private:
   const TNLTestServer& server_;
+};
+
+// A host screen as the root of a real window (of windowFrame(), asked once the backend is in
+// place), and the loopback ad service, whose one
+// demand source answers with the HTML creative at /creative.html.
+template <class Host>
+class AdFlowTest : public GtkTest {
+ protected:
+  using Response = TNLTestServer::Response;
+  using Names = std::vector<std::string>;
+
+  void SetUp() override {
+    GtkTest::SetUp();
+    service.install();
+    window = TNLWindow::create(windowFrame());
+    window->setRootViewController(screen);
+    window->makeKeyAndVisible();
+    hostWindow = gtk_widget_get_toplevel(widgetOf(screen->view()));
+    ASSERT_TRUE(waitUntilMapped(hostWindow));
+    service.publishManifest({{0, "/ads"}});
+    server.on("GET", "/ads", Response::json(adJSON()).after(TNLTestAdService::kContentDelay));
+    ASSERT_TRUE(service.preloadManifest());
+  }
+
+  std::string adJSON() const {
+    return TNLJSON::serialize({{"sdkType", "html"},
+                               {"creative_tag", server.url("/creative.html")},
+                               {"copy", {{"brandName", "Acme"}}},
+                               {"payload", {{"level", 3}}}});
+  }
+
+  virtual TNLRect windowFrame() const = 0;
+
+  void serveCreative(const std::string& body, const std::string& script) {
+    server.on("GET", "/creative.html",
+              Response(200, creativePage(body, script), "text/html")
+                  .after(TNLTestAdService::kContentDelay));
+  }
+
+  TNLTestAdService service;
+  TNLTestServer& server = service.server;
+  CreativeReports reports{server};
+  std::shared_ptr<Host> screen = std::make_shared<Host>();
+  std::shared_ptr<TNLWindow> window;
+  GtkWidget* hostWindow = nullptr;
 };
 
 }  // namespace tnl_e2e

@@ -26,18 +26,13 @@
 
 namespace {
 
-// AddressSanitizer's shadow memory and quarantine make any bound on a whole GTK host's peak
-// meaningless; its runs still check that the host survives and shows every format.
+// AddressSanitizer's shadow memory makes any bound on a whole GTK host's peak meaningless.
 #if defined(__SANITIZE_ADDRESS__)
-constexpr bool kAddressSanitizer = true;
+#define TNL_ADDRESS_SANITIZER
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
-constexpr bool kAddressSanitizer = true;
-#else
-constexpr bool kAddressSanitizer = false;
+#define TNL_ADDRESS_SANITIZER
 #endif
-#else
-constexpr bool kAddressSanitizer = false;
 #endif
 
 using Lines = std::vector<std::string>;
@@ -50,36 +45,26 @@ struct DemoRun {
 };
 
 Lines nonEmptyLines(const std::string& text) {
-  Lines lines;
-  for (const auto& line : TNLStrings::split(text, "\n")) {
-    if (!line.empty()) {
-      lines.push_back(line);
-    }
-  }
+  Lines lines = TNLStrings::split(text, "\n");
+  std::erase(lines, "");
   return lines;
 }
 
 // Runs the demo host with the arguments; its stdout and stderr lines and its exit code.
 DemoRun runDemo(const std::string& arguments) {
-  DemoRun run;
   const auto errors =
       std::filesystem::temp_directory_path() / ("tarnel-demo-" + std::to_string(::getpid()));
-  const std::string command =
-      std::string(TNL_DEMO_BINARY) + " " + arguments + " 2>" + errors.string();
-  FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) {
-    return run;
-  }
-  std::array<char, 512> buffer{};
+  FILE* pipe = popen((TNL_DEMO_BINARY " " + arguments + " 2>" + errors.string()).c_str(), "r");
   std::string output;
-  while (fgets(buffer.data(), static_cast<int>(buffer.size()), pipe) != nullptr) {
+  std::array<char, 512> buffer{};
+  while (pipe && fgets(buffer.data(), static_cast<int>(buffer.size()), pipe) != nullptr) {
     output += buffer.data();
   }
-  const int status = pclose(pipe);
-  run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  run.lines = nonEmptyLines(output);
+  const int status = pipe ? pclose(pipe) : -1;
   std::ifstream file(errors);
-  run.errors = nonEmptyLines(std::string(std::istreambuf_iterator<char>(file), {}));
+  DemoRun run{nonEmptyLines(output),
+              nonEmptyLines(std::string(std::istreambuf_iterator<char>(file), {})),
+              WIFEXITED(status) ? WEXITSTATUS(status) : -1};
   std::filesystem::remove(errors);
   return run;
 }
@@ -90,15 +75,7 @@ Lines allFormats(const std::string& zone) {
           "closed banner " + zone};
 }
 
-bool isPNG(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::array<char, 8> signature{};
-  file.read(signature.data(), signature.size());
-  return file && std::string(signature.data(), 8) == "\x89PNG\r\n\x1a\n" &&
-         std::filesystem::file_size(path) > 10000;
-}
-
-// The pixels in the image whose colour is near `rgb`.
+// The pixels of the image whose colour is near `rgb`.
 size_t pixelsNear(const std::filesystem::path& png, std::array<int, 3> rgb) {
   GdkPixbuf* image = gdk_pixbuf_new_from_file(png.c_str(), nullptr);
   if (image == nullptr) {
@@ -109,12 +86,8 @@ size_t pixelsNear(const std::filesystem::path& png, std::array<int, 3> rgb) {
   size_t count = 0;
   for (int y = 0; y < gdk_pixbuf_get_height(image); ++y) {
     for (int x = 0; x < gdk_pixbuf_get_width(image); ++x) {
-      const guchar* pixel = pixels + y * stride + x * channels;
-      count +=
-          std::abs(pixel[0] - rgb[0]) + std::abs(pixel[1] - rgb[1]) + std::abs(pixel[2] - rgb[2]) <
-                  60
-              ? 1
-              : 0;
+      const guchar* p = pixels + y * stride + x * channels;
+      count += std::abs(p[0] - rgb[0]) + std::abs(p[1] - rgb[1]) + std::abs(p[2] - rgb[2]) < 60;
     }
   }
   g_object_unref(image);
@@ -128,7 +101,14 @@ TEST(DemoHost, TheBundledServiceShowsEveryFormatPlaysTheClipAndScreenshotsIt) {
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_EQ(run.lines, allFormats("demo-zone"));
   for (const char* format : {"interstitial", "rewarded", "banner"}) {
-    EXPECT_TRUE(isPNG(shots / (std::string(format) + ".png"))) << format;
+    // A PNG file, and not a blank one (which compresses to almost nothing).
+    const auto shot = shots / (std::string(format) + ".png");
+    std::ifstream file(shot, std::ios::binary);
+    std::array<char, 8> signature{};
+    file.read(signature.data(), signature.size());
+    EXPECT_EQ(std::string(signature.data(), 8), "\x89PNG\r\n\x1a\n") << format;
+    EXPECT_TRUE(std::filesystem::exists(shot) && std::filesystem::file_size(shot) > 10000)
+        << format;
   }
 
   // The rewarded ad's template page reports the clip with VAST pixels: every step once and in
@@ -146,6 +126,11 @@ TEST(DemoHost, TheBundledServiceShowsEveryFormatPlaysTheClipAndScreenshotsIt) {
       playheads.push_back(std::stod(line.substr(playhead + 19)));
     }
   }
+  // The impression and the start leave together, on connections of their own, and may arrive
+  // in either order.
+  if (events.size() >= 2 && events[0] == "start") {
+    std::swap(events[0], events[1]);
+  }
   EXPECT_EQ(events, (Lines{"impression", "start", "firstQuartile", "midpoint", "thirdQuartile",
                            "complete"}));
   ASSERT_EQ(playheads.size(), 5u);
@@ -162,17 +147,14 @@ TEST(DemoHost, TheBundledServiceShowsEveryFormatPlaysTheClipAndScreenshotsIt) {
   std::filesystem::remove_all(shots);
 }
 
-// Creatives of this test's own ad service: they close themselves soon after their payload, the
-// video template after granting its reward.
-std::string creative(bool rewarded) {
-  return std::string(
-             "<html><body style='background:#396'><script>"
-             "window.ZENKO = { isAdVisible: function(){}, setVolume: function(){} };"
-             "window.receivePayload = function (ad) {") +
-         (rewarded ? "setTimeout(function () { location.href = 'bridge://reward'; }, 200);"
-                     "setTimeout(function () { location.href = 'bridge://close'; }, 600);"
-                   : "setTimeout(function () { location.href = 'bridge://close'; }, 300);") +
-         "};</script></body></html>";
+// A creative of this test's own ad service: it runs `actions` once it has its payload.
+Response creative(const std::string& actions) {
+  return Response(200,
+                  "<html><body style='background:#396'><script>"
+                  "window.ZENKO = { isAdVisible: function(){}, setVolume: function(){} };"
+                  "window.receivePayload = function () {" +
+                      actions + "};</script></body></html>",
+                  "text/html");
 }
 
 // An ad service of the test's own: one source for every format (VAST for rewarded), creatives
@@ -185,9 +167,15 @@ struct OtherService {
     server.on("GET", "/ads", [this, monitorDelay](const TNLTestServer::Request& request) {
       return answer(request).after(adAnswers++ == 0 ? monitorDelay : std::chrono::milliseconds{});
     });
-    server.on("GET", "/interstitial.html", Response(200, creative(false), "text/html"));
-    server.on("GET", "/banner.html", Response(200, creative(false), "text/html"));
-    server.on("GET", "/template.html", Response(200, creative(true), "text/html"));
+    // They close themselves soon, the video template after granting its reward.
+    const auto closeAfter = [](int ms) {
+      return "setTimeout(() => { location.href = 'bridge://close'; }, " + std::to_string(ms) + ");";
+    };
+    server.on("GET", "/interstitial.html", creative(closeAfter(300)));
+    server.on("GET", "/banner.html", creative(closeAfter(300)));
+    server.on("GET", "/template.html",
+              creative("setTimeout(() => { location.href = 'bridge://reward'; }, 200);" +
+                       closeAfter(600)));
     monitor.on("GET", "/monitor", Response(204).after(monitorDelay));
     publish({server.url("/ads")});
   }
@@ -232,10 +220,9 @@ struct OtherService {
   Lines events() const {
     Lines names;
     for (const auto& request : monitor.requestsTo("/monitor")) {
-      if (request.query != "e=OnManifestLoaded") {
-        names.push_back(request.query.substr(2));
-      }
+      names.push_back(request.query.substr(2));
     }
+    std::erase(names, "OnManifestLoaded");
     std::sort(names.begin(), names.end());
     return names;
   }
@@ -311,11 +298,11 @@ TEST(DemoHost, HostileSourcesAheadOfAGoodOneCostLittleMemory) {
   for (const char* path : {"/endless", "/gzip-bomb", "/deep-json", "/entities"}) {
     EXPECT_EQ(hostile.requestsTo(path), 3u) << path;
   }
-  if (!kAddressSanitizer) {
-    rusage children{};
-    getrusage(RUSAGE_CHILDREN, &children);
-    EXPECT_LT(children.ru_maxrss / 1024, 250) << "peak resident MB of the demo host";
-  }
+#ifndef TNL_ADDRESS_SANITIZER
+  rusage children{};
+  getrusage(RUSAGE_CHILDREN, &children);
+  EXPECT_LT(children.ru_maxrss / 1024, 250) << "peak resident MB of the demo host";
+#endif
 }
 
 }  // namespace

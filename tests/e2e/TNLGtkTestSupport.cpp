@@ -9,44 +9,36 @@
 
 namespace tnl_e2e {
 
-// Runs whatever the main loop has ready now (GDK's crossing events after windows changed).
-void drain() {
+namespace {
+
+// Moves the pointer to the widget's point (x, y) once the windows' stacking and input shapes
+// follow the model (and GDK has had its crossing events), presses `button` `times`.
+void pointerAt(GtkWidget* widget, int x, int y, unsigned button, int times) {
+  settle(std::chrono::milliseconds(50));
+  waitFor([] { return !TNLGtkViewBox::isSyncScheduled(); });
   for (int i = 0; i < 1000 && g_main_context_pending(nullptr); ++i) {
     g_main_context_iteration(nullptr, FALSE);
   }
-}
-
-// Lets layout run and the windows' stacking and input shapes follow the model.
-void waitForRouting() {
-  settle(std::chrono::milliseconds(50));
-  waitFor([] { return !TNLGtkViewBox::isSyncScheduled(); });
-  drain();
-}
-
-void click(GtkWidget* widget, int x, int y) {
-  waitForRouting();
   const auto point = screenPoint(widget, x, y);
   Display* display = gdk_x11_display_get_xdisplay(gdk_display_get_default());
   XTestFakeMotionEvent(display, -1, point.first, point.second, CurrentTime);
-  XTestFakeButtonEvent(display, 1, True, CurrentTime);
-  XTestFakeButtonEvent(display, 1, False, CurrentTime);
-  XSync(display, False);
-  settle(std::chrono::milliseconds(50));
-}
-
-void scroll(GtkWidget* widget, int x, int y, int notches) {
-  waitForRouting();
-  const auto point = screenPoint(widget, x, y);
-  Display* display = gdk_x11_display_get_xdisplay(gdk_display_get_default());
-  XTestFakeMotionEvent(display, -1, point.first, point.second, CurrentTime);
-  // Buttons 4 and 5 are the wheel's up and down.
-  const unsigned button = notches < 0 ? 4 : 5;
-  for (int i = 0; i < std::abs(notches); ++i) {
+  for (int i = 0; i < times; ++i) {
     XTestFakeButtonEvent(display, button, True, CurrentTime);
     XTestFakeButtonEvent(display, button, False, CurrentTime);
   }
   XSync(display, False);
   settle(std::chrono::milliseconds(50));
+}
+
+}  // namespace
+
+void click(GtkWidget* widget, int x, int y) {
+  pointerAt(widget, x, y, 1, 1);
+}
+
+void scroll(GtkWidget* widget, int x, int y, int notches) {
+  // Buttons 4 and 5 are the wheel's up and down.
+  pointerAt(widget, x, y, notches < 0 ? 4 : 5, std::abs(notches));
 }
 
 void movePointerAway() {
@@ -63,48 +55,43 @@ constexpr char kRightHalfMonitor[] = "TNL-RIGHT-HALF";
 
 RightHalfMonitor::RightHalfMonitor() {
   Display* display = XOpenDisplay(nullptr);
-  if (!display) {
-    return;
-  }
   display_ = display;
-  const Window root = DefaultRootWindow(display);
-  XRRScreenResources* resources = XRRGetScreenResources(display, root);
-  if (!resources || resources->noutput == 0) {
-    if (resources) {
-      XRRFreeScreenResources(resources);
-    }
-    return;
+  XRRScreenResources* resources =
+      display ? XRRGetScreenResources(display, DefaultRootWindow(display)) : nullptr;
+  if (resources && resources->noutput > 0) {
+    // A monitor that holds the output replaces the one the server made for it.
+    RROutput output = resources->outputs[0];
+    const int width = DisplayWidth(display, DefaultScreen(display));
+    XRRMonitorInfo monitor{};
+    monitor.name = XInternAtom(display, kRightHalfMonitor, False);
+    monitor.primary = True;
+    monitor.x = width / 2;
+    monitor.width = width - width / 2;
+    monitor.height = DisplayHeight(display, DefaultScreen(display));
+    monitor.mwidth = 300;
+    monitor.mheight = 300;
+    monitor.noutput = 1;
+    monitor.outputs = &output;
+    XRRSetMonitor(display, DefaultRootWindow(display), &monitor);
+    XSync(display, False);
+    set_ = true;
   }
-  // A monitor that holds the output replaces the one the server made for it.
-  RROutput output = resources->outputs[0];
-  const int width = DisplayWidth(display, DefaultScreen(display));
-  XRRMonitorInfo monitor{};
-  monitor.name = XInternAtom(display, kRightHalfMonitor, False);
-  monitor.primary = True;
-  monitor.x = width / 2;
-  monitor.width = width - width / 2;
-  monitor.height = DisplayHeight(display, DefaultScreen(display));
-  monitor.mwidth = 300;
-  monitor.mheight = 300;
-  monitor.noutput = 1;
-  monitor.outputs = &output;
-  XRRSetMonitor(display, root, &monitor);
-  XRRFreeScreenResources(resources);
-  XSync(display, False);
-  set_ = true;
+  if (resources) {
+    XRRFreeScreenResources(resources);
+  }
 }
 
+// Gives the shared display its own layout back.
 RightHalfMonitor::~RightHalfMonitor() {
   auto* display = static_cast<Display*>(display_);
-  if (!display) {
-    return;
-  }
-  if (set_) {
+  if (display && set_) {
     XRRDeleteMonitor(display, DefaultRootWindow(display),
                      XInternAtom(display, kRightHalfMonitor, False));
     XSync(display, False);
   }
-  XCloseDisplay(display);
+  if (display) {
+    XCloseDisplay(display);
+  }
 }
 
 }  // namespace tnl_e2e

@@ -60,30 +60,17 @@ inline std::pair<int, int> screenPoint(GtkWidget* widget, int x, int y) {
   return {originX + inToplevelX, originY + inToplevelY};
 }
 
-// The colour of the toplevel window's pixel at (x, y), once drawing has caught up.
-inline std::array<int, 3> pixelAt(GtkWidget* toplevel, int x, int y,
-                                  std::chrono::milliseconds drawing = 100ms) {
-  settle(drawing);
-  GdkPixbuf* pixbuf = gdk_pixbuf_get_from_window(gtk_widget_get_window(toplevel), x, y, 1, 1);
-  const guchar* pixel = gdk_pixbuf_get_pixels(pixbuf);
-  const std::array<int, 3> rgb{pixel[0], pixel[1], pixel[2]};
-  g_object_unref(pixbuf);
-  return rgb;
-}
-
-// A real click at the widget's point (x, y), once layout and input routing have caught up with
-// the model: the X server moves the pointer and presses the first button, so GDK picks the
-// window under the pointer as for a user's click.
+// Real pointer input through the X server at the widget's point (x, y), once layout and input
+// routing have caught up with the model, so GDK picks the window under the pointer as for a
+// user: a click of the first button, or `notches` turns of the wheel down (negative: up).
 void click(GtkWidget* widget, int x, int y);
-// A real turn of the mouse wheel there, `notches` down (negative: up).
 void scroll(GtkWidget* widget, int x, int y, int notches);
 // Moves the pointer to the screen's far corner, away from the tests' windows (without a window
 // manager the window under the pointer gets the keyboard focus).
 void movePointerAway();
 
-// Makes the display's only monitor the right half of its screen, through RandR, while it lives.
-// Made before GTK opens the display (GDK reads the monitors then); gives the display its own
-// layout back when it goes, since the tests share the display.
+// Makes the display's only monitor the right half of its screen, through RandR, while it lives
+// (made before GTK opens the display, which reads the monitors then).
 class RightHalfMonitor {
  public:
   RightHalfMonitor();
@@ -93,7 +80,8 @@ class RightHalfMonitor {
   bool isSet() const { return set_; }
 
  private:
-  void* display_ = nullptr;  // the X connection, of a type the X headers' macros keep out of here
+  void* display_ = nullptr;  // the X connection (the monitor goes with it), of a type the X
+                             // headers' macros keep out of here
   bool set_ = false;
 };
 
@@ -108,7 +96,7 @@ inline bool waitUntilMapped(GtkWidget* window) {
 }
 
 // Records every navigation put to it ("<url> main|iframe|none") and decides with `policy`
-// (allow everything unless told otherwise).
+// (allow everything unless told otherwise), or holds the decision.
 class RecordingDelegate : public TNLNavigationDelegate {
  public:
   using Policy = std::function<TNLNavigationActionPolicy(const TNLNavigationAction&)>;
@@ -117,6 +105,10 @@ class RecordingDelegate : public TNLNavigationDelegate {
       const std::shared_ptr<TNLWebView>& /*webView*/, const TNLNavigationAction& action,
       DecisionHandler decisionHandler) override {
     seen.push_back(describe(action));
+    if (hold) {
+      held = std::move(decisionHandler);  // to be answered later
+      return;
+    }
     decisionHandler(policy ? policy(action) : TNLNavigationActionPolicy::allow);
   }
 
@@ -136,6 +128,8 @@ class RecordingDelegate : public TNLNavigationDelegate {
   std::vector<std::string> seen;
   int finished = 0;
   Policy policy;
+  bool hold = false;
+  DecisionHandler held;
 };
 
 }  // namespace tnl_e2e

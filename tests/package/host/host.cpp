@@ -7,7 +7,9 @@
 #include <iostream>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include <TarnelAd/TarnelAd.h>
 #ifdef TNL_HOST_GTK
@@ -36,25 +38,21 @@ class Host : public TNLViewController,
   // Waits for the next callback (ready and failed arrive on the library's network thread).
   bool nextWasReady() {
     std::unique_lock lock(mutex_);
-    const bool arrived =
-        changed_.wait_for(lock, std::chrono::seconds(30), [this] { return answered_; });
-    answered_ = false;
-    return arrived && ready_;
+    changed_.wait_for(lock, std::chrono::seconds(30), [this] { return ready_.has_value(); });
+    return std::exchange(ready_, std::nullopt).value_or(false);
   }
 
  private:
   void report(const std::string& line, bool ready) {
     std::lock_guard lock(mutex_);
     std::cout << line << std::endl;
-    answered_ = true;
     ready_ = ready;
     changed_.notify_all();
   }
 
   std::mutex mutex_;
   std::condition_variable changed_;
-  bool answered_ = false;
-  bool ready_ = false;
+  std::optional<bool> ready_;
 };
 
 }  // namespace
@@ -75,6 +73,5 @@ int main(int argc, char** argv) {
   TNLInterstitialAd::loadInterstitialAdForZone("level-end");
   const bool interstitial = host->nextWasReady();
   TNLRewardedAd::loadRewardedAdForZone("extra-life");
-  const bool rewarded = host->nextWasReady();
-  return interstitial && rewarded ? 0 : 1;
+  return interstitial && host->nextWasReady() ? 0 : 1;
 }
