@@ -24,9 +24,12 @@ class TNLHostileServer {
     redirectLoop,  // redirects to its own path, for ever
   };
   struct Route {
-    Behaviour behaviour = Behaviour::body;
+    Route(Behaviour behaviour = Behaviour::body, std::string body = "",
+          std::string contentType = "application/json")
+        : behaviour(behaviour), body(std::move(body)), contentType(std::move(contentType)) {}
+    Behaviour behaviour;
     std::string body;
-    std::string contentType = "application/json";
+    std::string contentType;
   };
 
   TNLHostileServer();
