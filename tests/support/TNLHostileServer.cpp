@@ -153,7 +153,7 @@ void TNLHostileServer::serve(int fd) {
   if (path.empty()) {
     return;
   }
-  Route route(Behaviour::body, "not found");
+  Route route{Behaviour::body, "not found"};
   {
     std::lock_guard lock(mutex_);
     ++hits_[path];
@@ -184,7 +184,7 @@ void TNLHostileServer::serve(int fd) {
       break;
     case Behaviour::gzipBomb:
       if (sendAll(fd, head(route.contentType, "Content-Encoding: gzip\r\n"))) {
-        sendGzipBomb(fd, route.inflatedBytes);
+        sendGzipBomb(fd, size_t{1} << 30);
       }
       break;
     case Behaviour::cutOff:
@@ -194,7 +194,7 @@ void TNLHostileServer::serve(int fd) {
       break;
     case Behaviour::drip:
       if (sendAll(fd, head(route.contentType, "Content-Length: 1000000\r\n"))) {
-        while (pause(route.interval) && sendAll(fd, " ")) {
+        while (pause(std::chrono::milliseconds(200)) && sendAll(fd, " ")) {
         }
       }
       break;

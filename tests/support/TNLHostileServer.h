@@ -17,9 +17,9 @@ class TNLHostileServer {
   enum class Behaviour {
     body,          // a normal answer with `body`
     endlessBody,   // a 200 whose body never ends
-    gzipBomb,      // a gzip body that inflates to `inflatedBytes`
+    gzipBomb,      // a gzip body that inflates to a gigabyte
     cutOff,        // announces twice the body's length, sends the body, closes
-    drip,          // announces a long body and sends one byte every `interval`
+    drip,          // announces a long body and sends five bytes a second
     silent,        // accepts the request and never answers
     redirectLoop,  // redirects to its own path, for ever
   };
@@ -27,12 +27,9 @@ class TNLHostileServer {
     Route(Behaviour behaviour = Behaviour::body, std::string body = "",
           std::string contentType = "application/json")
         : behaviour(behaviour), body(std::move(body)), contentType(std::move(contentType)) {}
-
-    Behaviour behaviour = Behaviour::body;
+    Behaviour behaviour;
     std::string body;
-    std::string contentType = "application/json";
-    size_t inflatedBytes = size_t{1} << 30;
-    std::chrono::milliseconds interval{500};
+    std::string contentType;
   };
 
   TNLHostileServer();

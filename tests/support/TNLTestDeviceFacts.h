@@ -11,8 +11,7 @@
 #include "TarnelAd/TNLLocationSource.h"
 #include "TarnelAd/TNLSetup.h"
 
-// A location source whose answers the test gives: it records each request and keeps its callbacks
-// until the test answers.
+// A location source that counts requests and holds them until the test answers.
 class TNLTestLocationSource : public TNLLocationSource {
  public:
   struct State {
@@ -30,8 +29,15 @@ class TNLTestLocationSource : public TNLLocationSource {
     return requests_;
   }
   // Answers the oldest pending request.
-  void succeed(const std::vector<Location>& locations) { take().first(locations); }
-  void fail(const std::string& description) { take().second(description); }
+  void succeed(const std::vector<Location>& locations) {
+    Success success;
+    {
+      std::lock_guard lock(mutex_);
+      success = std::move(pending_.at(0));
+      pending_.erase(pending_.begin());
+    }
+    success(locations);
+  }
 
   bool locationServicesEnabled() const override {
     std::lock_guard lock(mutex_);
@@ -45,27 +51,17 @@ class TNLTestLocationSource : public TNLLocationSource {
     std::lock_guard lock(mutex_);
     return state_.lastKnown;
   }
-  void requestLocation(Success success, Failure failure) override {
+  void requestLocation(Success success, Failure) override {
     std::lock_guard lock(mutex_);
     ++requests_;
-    pending_.emplace_back(std::move(success), std::move(failure));
+    pending_.push_back(std::move(success));
   }
 
  private:
-  std::pair<Success, Failure> take() {
-    std::lock_guard lock(mutex_);
-    if (pending_.empty()) {
-      throw std::logic_error("no pending location request");
-    }
-    auto callbacks = std::move(pending_.front());
-    pending_.erase(pending_.begin());
-    return callbacks;
-  }
-
   mutable std::mutex mutex_;
   State state_;
   int requests_ = 0;
-  std::vector<std::pair<Success, Failure>> pending_;
+  std::vector<Success> pending_;
 };
 
 // Device facts that the test sets. Defaults describe a phone-like device on Wi-Fi.

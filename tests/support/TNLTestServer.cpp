@@ -50,9 +50,6 @@ TNLTestServer::TNLTestServer() : server_(std::make_unique<httplib::Server>()) {
       changed_.wait_for(lock, response.delay, [this] { return stopping_; });
     }
     out.status = response.status;
-    for (const auto& [key, value] : response.headers) {
-      out.set_header(key, value);
-    }
     if (response.dropConnection) {
       const std::string partial = response.body;
       out.set_content_provider(partial.size() + 1024, response.contentType,

@@ -61,7 +61,6 @@ class TNLTestServer {
     bool dropConnection = false;
     // Never answers; the connection stays open until the server stops.
     bool neverAnswer = false;
-    std::map<std::string, std::string> headers;
   };
 
   using Handler = std::function<Response(const Request&)>;
@@ -71,7 +70,6 @@ class TNLTestServer {
   TNLTestServer(const TNLTestServer&) = delete;
   TNLTestServer& operator=(const TNLTestServer&) = delete;
 
-  int port() const { return port_; }
   // "http://127.0.0.1:<port>"
   std::string baseURL() const;
   std::string url(const std::string& path) const { return baseURL() + path; }

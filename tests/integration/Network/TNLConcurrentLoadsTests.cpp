@@ -5,13 +5,10 @@
 #include <string>
 #include <thread>
 
-#include "Manifest/TNLManifestHandler.h"
-#include "Platform/Foundation/TNLJSON.h"
 #include "Platform/Foundation/TNLMainQueue.h"
 #include "TarnelAd/TarnelAd.h"
-#include "support/TNLTestDeviceFacts.h"
+#include "support/TNLTestAdService.h"
 #include "support/TNLTestHosts.h"
-#include "support/TNLTestServer.h"
 
 using namespace std::chrono_literals;
 using Response = TNLTestServer::Response;
@@ -24,7 +21,7 @@ TEST(ConcurrentLoads, AThousandZonesEachEndReadyOnce) {
   constexpr int kZones = 1000;
   std::atomic<int> inFlight{0};
   std::atomic<int> peak{0};
-  TNLTestServer server;
+  TNLTestAdService service;
   // Answers after a few milliseconds, so that requests the library lets run together overlap.
   const auto held = [&inFlight, &peak](Response response) {
     return [&inFlight, &peak, response](const TNLTestServer::Request&) {
@@ -36,33 +33,17 @@ TEST(ConcurrentLoads, AThousandZonesEachEndReadyOnce) {
       return response;
     };
   };
-  server.on("GET", "/ad.json",
-            held(Response::json(R"({"creative_tag":")" + server.url("/creative.html") + "\"}")));
-  server.on("GET", "/creative.html",
-            held(Response(200, "<html><body>ad</body></html>", "text/html")));
-  const TNLJson manifest = {
-      {"ttl", 3600},
-      {"developer", {{"applicationid", "APP1"}, {"applicationname", "Load"}, {"active", true}}},
-      {"monitoring",
-       {{"method", "GET"},
-        {"baseuri", server.baseURL()},
-        {"uri_content", "/monitor?e=%EVENT_NAME%"}}},
-      {"demandsources",
-       {{"demandsource",
-         {{{"source", "a"}, {"rank", 0}, {"url", server.url("/ad.json?z=%ZONE%&p=%PRODUCT%")}}}}}},
-  };
-  server.on("GET", "/monitor", Response(204));
-  server.on("POST", "/v4/manifest/APP1", Response::json(TNLJSON::serialize(manifest)));
-  TNLSetup::setManifestBaseURL(server.baseURL());
-  TNLSetup::setDeviceFacts(std::make_shared<TNLTestDeviceFacts>());
-
+  service.server.on(
+      "GET", "/ad.json",
+      held(Response::json(R"({"creative_tag":")" + service.server.url("/creative.html") + "\"}")));
+  service.server.on("GET", "/creative.html",
+                    held(Response(200, "<html><body>ad</body></html>", "text/html")));
+  service.publishManifest({{0, "/ad.json"}});
+  service.install();
   const auto host = std::make_shared<TNLTestFullScreenHost>();
   TNLInterstitialAd::setInterstitialAdDelegate(host, "APP1");
   // One manifest for all: retrievals that find none are not merged.
-  std::atomic<bool> manifestLoaded{false};
-  TNLManifestHandler::retrieveManifestWithSuccess([&](const auto&) { manifestLoaded = true; },
-                                                  [](const auto&) {});
-  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return manifestLoaded.load(); }));
+  ASSERT_TRUE(service.preloadManifest());
 
   for (int i = 0; i < kZones; ++i) {
     TNLInterstitialAd::loadInterstitialAdForZone("zone-" + std::to_string(i));

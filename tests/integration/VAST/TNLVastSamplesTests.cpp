@@ -46,7 +46,6 @@ std::string toLoopback(const std::string& text, const TNLTestServer& server) {
   return std::regex_replace(local, demo, server.url("/vast-2.0/more/"));
 }
 
-// What a workflow run gave, in the words of the results table.
 std::string describe(const std::vector<TNLVastRun::Outcome>& outcomes) {
   std::string text;
   for (const auto& outcome : outcomes) {
@@ -61,11 +60,8 @@ std::string describe(const std::vector<TNLVastRun::Outcome>& outcomes) {
 }
 
 TEST(TNLVastSamples, EverySampleGoesThroughTheWorkflow) {
-  // "mp4 <media file name, trimmed>" or the error's domain and code, one entry per callback.
-  // The media file is the last one with attributes (the low resolution one in the 4.x samples).
-  // Files without MP4 fail with 11, and with 2 behind a wrapper. The wrappers' ad tag URIs, line
-  // breaks and all, resolve over loopback; two name targets that were never published, so the
-  // server answers 404 and the workflow reports the parse error and then 2.
+  // One entry per callback. 2.0 samples mostly lack an MP4 (11, or 2 behind a wrapper); two
+  // wrappers name targets never published, so a 404 page fails to parse and then gives 2.
   const std::string kShortIntro =
       "mp4 https://iab-publicfiles.s3.amazonaws.com/vast/VAST-4.0-Short-Intro.mp4";
   const std::string kLowResolution =
@@ -73,9 +69,6 @@ TEST(TNLVastSamples, EverySampleGoesThroughTheWorkflow) {
   const std::string kNoMP4 = "NSURLErrorDomain 11";
   const std::string kWrappedNoMP4 = "NSURLErrorDomain 2";
   const std::string kMissingTarget = "TNL_XMLErrorDomain -1; NSURLErrorDomain 2";
-  // Most 2.0 samples have no MP4, every 3.0 sample but the non-linear one plays the short intro,
-  // and the 4.x samples play their low resolution file, but for their non-linear ad and the
-  // stitching sample, which has only the pilot's HD file.
   const std::map<std::string, std::string> exceptions = {
       {"vast-2.0/Inline_LinearRegular_VAST2.0.xml", kShortIntro},
       {"vast-2.0/Inline_LinearVAST2vpaid.xml", kShortIntro},
@@ -116,7 +109,7 @@ TEST(TNLVastSamples, EverySampleGoesThroughTheWorkflow) {
     run.settle();
     EXPECT_EQ(describe(run.outcomes()), expected(sample.path));
   }
-  // Each of the eleven wrappers fetched its target once over loopback, and nothing else was asked.
+  // Each of the eleven wrappers fetched its target once.
   EXPECT_EQ(server.requestCount(), 11u);
 }
 

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <regex>
-
 #include "Ads/Macros/TNLDeviceInfo.h"
 #include "TNLLog.h"
 #include "TarnelAd/TNLSetup.h"
@@ -19,14 +17,6 @@ std::shared_ptr<TNLTestDeviceFacts> facts(
     made->update(change);
   }
   return made;
-}
-
-// The values themselves are checked in the macro table and the manifest request.
-TEST(TNLDeviceInfo, EachCaptureHasItsOwnSessionAndIsRestrictedUntilTheTableDecides) {
-  const TNLDeviceInfo info(facts());
-  EXPECT_TRUE(std::regex_match(info.sessionId(), std::regex("[0-9a-f]{32}"))) << info.sessionId();
-  EXPECT_NE(TNLDeviceInfo(facts()).sessionId(), info.sessionId());
-  EXPECT_TRUE(info.restricted());
 }
 
 TEST(TNLDeviceInfo, FallsBackWhereAFactIsMissing) {
@@ -56,13 +46,6 @@ TEST(TNLDeviceInfo, FallsBackWhereAFactIsMissing) {
                                                                  {"wlan0", 10, "fe80::1"}};
             })).deviceIpAddress(),
             "10.0.0.2");
-  const TNLDeviceInfo retina(facts([](auto& v) {
-    v.screen = Facts::ScreenMetrics{414.9, 896.2, 3.0};
-    v.carrier = "Carrier One";
-  }));
-  EXPECT_EQ((std::vector<std::string>{retina.screenWidth(), retina.screenHeight(),
-                                      retina.screenDPI(), retina.carrierName()}),
-            (std::vector<std::string>{"414", "896", "489.000000", "Carrier One"}));
 }
 
 TEST(TNLDeviceInfo, AFailingStepEndsTheCaptureAndIsLoggedOnce) {
@@ -72,29 +55,10 @@ TEST(TNLDeviceInfo, AFailingStepEndsTheCaptureAndIsLoggedOnce) {
   EXPECT_EQ(capture.count(
                 "Failed to initialize device info due to exception: cannot read hardwareMachine"),
             1u);
-  EXPECT_EQ(info.sessionId().size(), 32u);
-  EXPECT_EQ(info.carrierName(), "no-carrier");
-  EXPECT_EQ(info.deviceIpAddress(), "192.168.1.20");
-  EXPECT_EQ(info.deviceModel() + info.hostAppName() + info.screenWidth() + info.screenHeight() +
-                info.systemVersion() + info.userAgent() + info.advertisingId() + info.deviceLang() +
-                info.screenDPI() + info.deviceName(),
-            "");
-  EXPECT_FALSE(info.adTrackingBlocked());
-
-  // No preferred language at all fails the capture at that step.
-  const TNLDeviceInfo noLanguage(facts([](auto& v) { v.languages.clear(); }));
-  EXPECT_EQ(noLanguage.deviceLang(), "");
-  EXPECT_EQ(noLanguage.screenDPI(), "");
-  EXPECT_EQ(capture.count("Failed to initialize device info due to exception: "), 2u);
-}
-
-TEST(TNLDeviceInfo, SharedInstanceIsMadeOnceFromTheInstalledFacts) {
-  TNLSetup::setDeviceFacts(facts([](auto& v) { v.deviceName = "Installed"; }));
-  const auto first = TNLDeviceInfo::sharedInstance();
-  TNLSetup::setDeviceFacts(facts([](auto& v) { v.deviceName = "Too late"; }));
-  EXPECT_EQ(TNLDeviceInfo::sharedInstance(), first);
-  EXPECT_EQ(TNLDeviceInfo::sharedInstance()->deviceName(), "Installed");
-  EXPECT_EQ(TNLDeviceInfo::sharedInstance()->sessionId(), first->sessionId());
+  // Steps before the failing one keep their values; the identity stays hidden until the macro
+  // table decides.
+  EXPECT_EQ(info.deviceIpAddress() + info.deviceModel() + info.advertisingId(), "192.168.1.20");
+  EXPECT_TRUE(info.restricted());
 }
 
 TEST(TNLDeviceInfo, ConnectionTypeIsMeasuredOnEveryCall) {

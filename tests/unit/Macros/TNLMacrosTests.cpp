@@ -5,10 +5,8 @@
 #include "Ads/Macros/TNLUrlParser.h"
 #include "Manifest/TNLManifestHandler.h"
 #include "Platform/Foundation/TNLMainQueue.h"
-#include "TNLLog.h"
 #include "TarnelAd/TNLConstants.h"
 #include "TarnelAd/TNLSetup.h"
-#include "support/TNLLogCapture.h"
 #include "support/TNLTestDeviceFacts.h"
 
 using namespace std::chrono_literals;
@@ -120,22 +118,6 @@ TEST(TNLMacros, SnapshotsDoNotSeeLaterWritesAndNullRemovesAToken) {
   // With the token gone, a substitution leaves it in the text.
   EXPECT_EQ(TNLUrlParser().fillMacrosForUrl("http://h/p?a=%APP_ID%&p=%PROPERTY%", std::nullopt),
             "http://h/p?a=APP-1&p=%25PROPERTY%25");
-}
-
-TEST(TNLMacros, AFailedConstructionLeavesTheTableUnsetForGood) {
-  TNLLogCapture capture;
-  TNLLog::sharedLogger()->setShowLogs(true);
-  const auto facts = TNLTestDeviceFacts::install();
-  facts->update([](auto& v) { v.failingFact = "bundleIdentifier"; });
-
-  EXPECT_TRUE(TNLMacros::sharedMacroDict().empty());
-  EXPECT_EQ(TNLMacros::sharedMacros()->macroDict(), nullptr);
-  EXPECT_TRUE(capture.contains(
-      "Failed to initialize Macros due to exception: cannot read bundleIdentifier"));
-
-  facts->update([](auto& v) { v.failingFact.clear(); });
-  TNLMacros::setValueInMacroDictionary("APP-1", TNL_APPID_MACRO);
-  EXPECT_TRUE(TNLMacros::sharedMacroDict().empty()) << "later writes are lost";
 }
 
 }  // namespace

