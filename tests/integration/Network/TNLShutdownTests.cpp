@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <thread>
 
 #include "TNLNetworkClient.h"
@@ -37,6 +38,23 @@ TEST_F(Shutdown, DeliversTrackersInFlightAndAbandonsContent) {
   // Nothing is sent after shutting down.
   TNLTrackerClient().sendTrackerEventToURL(server.url("/monitor?e=late"), GET_METHOD);
   std::this_thread::sleep_for(100ms);
+  EXPECT_EQ(server.requestsTo("/monitor").size(), 1u);
+}
+
+// A host that never calls shutdown: returning from main still delivers a tracker just queued.
+TEST_F(Shutdown, ExitingDeliversAQueuedTracker) {
+  server.on("GET", "/monitor", Response(204).after(1s));
+  // The child is a fresh run of this binary (forking a process whose server threads hold locks
+  // could hang it); it talks to this process's server, whose address it inherits.
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  setenv("TNL_TEST_PARENT_SERVER", server.baseURL().c_str(), 0);
+  const std::string parent = std::getenv("TNL_TEST_PARENT_SERVER");
+  EXPECT_EXIT(
+      {
+        TNLTrackerClient().sendTrackerEventToURL(parent + "/monitor?e=OnAdClosed", GET_METHOD);
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(0), "");
   EXPECT_EQ(server.requestsTo("/monitor").size(), 1u);
 }
 
