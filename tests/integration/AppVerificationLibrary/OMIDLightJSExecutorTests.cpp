@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "AppVerificationLibrary/OMIDJSNetworkBridge.h"
 #include "AppVerificationLibrary/OMIDJSTimer.h"
 #include "AppVerificationLibrary/OMIDLightJSExecutor.h"
 #include "Platform/Foundation/TNLSerialQueue.h"
@@ -56,18 +55,6 @@ class OMIDLightExecutorTest : public ::testing::Test {
 };
 
 TEST_F(OMIDLightExecutorTest, RunsScriptsAndCallbacksOnItsQueue) {
-  const auto lastException = [&] {
-    std::optional<std::string> exception;
-    executor_->dispatchQueue()->sync([&] { exception = executor_->jsContext()->exception(); });
-    return exception;
-  };
-  // The empty string is not evaluated: the previous script's exception is still the last one.
-  executor_->injectJavaScriptFromString("throw 'kept'");
-  executor_->injectJavaScriptFromString("");
-  EXPECT_EQ(lastException(), std::optional<std::string>("kept"));
-  executor_->injectJavaScriptFromString(" ");
-  EXPECT_EQ(lastException(), std::nullopt);
-
   // Callbacks: strings are evaluated, functions called, undefined ignored; a callback with an
   // argument receives it as a script value.
   TNLJSValue function;
@@ -157,13 +144,6 @@ TEST_F(OMIDLightExecutorTest, PingsAndDownloadsReportTheirOutcome) {
   ASSERT_EQ(pings.size(), 1u);
   EXPECT_EQ(pings[0].query, "a=1");
   EXPECT_EQ(pings[0].header("Cache-Control"), "no-cache");
-
-  // The error numbers of the platform's codes.
-  for (const auto& [code, number] :
-       std::vector<std::pair<long, int>>{{-1009, 0}, {-1008, 1}, {LONG_MAX, 2}, {-1001, 3}}) {
-    EXPECT_EQ(OMIDTarnelJSNetworkBridge::getOMIDError(TNLError::make(TNLURLErrorDomain, code)),
-              number);
-  }
 }
 
 }  // namespace

@@ -116,7 +116,6 @@ TEST_F(FullScreenAds, ARewardedAdFromTheDemandSourcesRunsFromLoadToClose) {
   EXPECT_EQ(service.queriesTo("/ads"), Calls{"z=Z&p=2"});
   ASSERT_NE(stored("Z"), nullptr);
   EXPECT_TRUE(stored("Z")->rewarded());
-
   showAndPlay("Z", [] { TNLRewardedAd::showRewardedAdForZone("Z"); });
   EXPECT_EQ(service.events(), lifecycle());
 

@@ -23,19 +23,6 @@ TEST(TNLJSContext, ExceptionsAreKeptUntilTheNextEvaluation) {
   EXPECT_NE(context->exception()->find("TypeError"), std::string::npos);
 }
 
-TEST(TNLJSContext, ValuesAndTextRoundTripAsUTF8) {
-  const auto context = TNLJSContext::create();
-  const TNLJSValue global = context->globalObject();
-  global.setProperty("greeting", context->stringValue("h\xC3\xA9llo \xF0\x9F\x98\x80"));
-  // é is one UTF-16 unit, the emoji two.
-  EXPECT_EQ(context->evaluateScript("greeting.length").toNumber(), 8);
-  EXPECT_EQ(context->evaluateScript("greeting").toString(), "h\xC3\xA9llo \xF0\x9F\x98\x80");
-  // Malformed bytes become replacement characters instead of losing the whole text.
-  EXPECT_EQ(context->stringValue("a\xFF").toString(), "a\xEF\xBF\xBD");
-
-  EXPECT_TRUE(context->valueFromJSON("{not json").isUndefined());
-}
-
 TEST(TNLJSContext, NativeFunctionsAndCallsOfFunctionValues) {
   const auto context = TNLJSContext::create();
   context->setFunction(context->globalObject(), "fail",

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "Ads/BannerAds/TNLBannerAd.h"
 #include "Ads/FullScreenAds/TNLFSAd.h"
 #include "Ads/Macros/TNLMacros.h"
 #include "Ads/TNLAd.h"
@@ -55,25 +54,6 @@ TEST(TNLAdFactory, OnlyANonBlankStringMakesAValidCreativeTag) {
   EXPECT_EQ(vast->fullAd().size(), 1u);
   EXPECT_FALSE(TNLAdFactory::generateVASTAdFromXML("<VAST/>", "m", "")->adIsValid());
   EXPECT_FALSE(TNLAdFactory::generateVASTAdFromXML("<VAST/>", "m", std::nullopt)->adIsValid());
-}
-
-TEST(TNLAd, EachKindCopiesWhatItNeeds) {
-  TNLAd source(std::string("type"), std::string("tag"), {{"a", 1}}, TNLJson::object(), {}, {}, {},
-               {{"full", true}});
-  source.setXml("<VAST/>");
-  source.setMediaFile("v.mp4");
-  source.setIsVast(true);
-  source.setHtml("<html/>");
-  source.setZone("Z");
-  // A full-screen ad keeps the VAST parts but not the page or the zone; a banner is never VAST.
-  const TNLFSAd fullScreen(source);
-  EXPECT_EQ(fullScreen.xml(), "<VAST/>");
-  EXPECT_EQ(fullScreen.mediaFile(), "v.mp4");
-  EXPECT_TRUE(fullScreen.isVast());
-  EXPECT_FALSE(fullScreen.html().has_value());
-  EXPECT_FALSE(fullScreen.zone().has_value());
-  EXPECT_EQ(fullScreen.fullAd()["full"], true);
-  EXPECT_FALSE(TNLBannerAd(source).isVast());
 }
 
 }  // namespace

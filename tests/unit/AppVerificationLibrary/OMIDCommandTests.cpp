@@ -1,14 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
 #include <vector>
 
 #include "AppVerificationLibrary/OMIDAdSessionConfiguration.h"
 #include "AppVerificationLibrary/OMIDCommand.h"
 #include "AppVerificationLibrary/OMIDEventFilter.h"
-#include "AppVerificationLibrary/OMIDMethodInvoker.h"
-#include "Platform/Foundation/TNLMainQueue.h"
 #include "support/OMIDTestStatements.h"
 
 namespace {
@@ -51,40 +47,6 @@ TEST(OMIDTarnelEventFilter, EachEventOnceAndNothingAfterTheFinalOne) {
   EXPECT_FALSE(filter.acceptEventWithCode(OMIDTarnelSessionFinishEvent));
   EXPECT_FALSE(filter.acceptEventWithCode(8));  // never seen, but after the final event
   EXPECT_FALSE(filter.acceptAnyEventWithRequiredEventCodes(0));
-}
-
-TEST(OMIDTarnelEventFilter, ConcurrentAcceptancesLetExactlyOneThrough) {
-  for (int round = 0; round < 50; ++round) {
-    OMIDTarnelEventFilter filter(OMIDTarnelSessionFinishEvent);
-    std::atomic<int> accepted{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 6; ++i) {
-      threads.emplace_back([&] {
-        accepted += filter.acceptEventWithCode(OMIDTarnelSessionStartEvent);
-        accepted += filter.acceptEventWithCode(OMIDTarnelSessionFinishEvent);
-      });
-    }
-    for (auto& thread : threads) {
-      thread.join();
-    }
-    ASSERT_EQ(accepted, 2);
-  }
-}
-
-// On the main thread both forms run at once (the session tests rely on it).
-TEST(OMIDTarnelMethodInvoker, FromOtherThreadsTheSyncFormWaitsForTheMainLoop) {
-  std::vector<int> ran;  // written on the main thread only
-  std::atomic<bool> done{false};
-  std::thread worker([&] {
-    OMIDTarnelMethodInvoker::performSelectorAsync(
-        [&] { ran.push_back(TNLMainQueue::isMainThread() ? 1 : -1); });
-    OMIDTarnelMethodInvoker::performSelectorSync(
-        [&] { ran.push_back(TNLMainQueue::isMainThread() ? 2 : -2); });
-    EXPECT_EQ(ran, (std::vector<int>{1, 2}));
-    done = true;
-  });
-  ASSERT_TRUE(TNLMainQueue::runUntil([&] { return done.load(); }));
-  worker.join();
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include "TarnelAd/Toolkit/TNLLayoutConstraint.h"
 #include "TarnelAd/Toolkit/TNLLayoutGuide.h"
 #include "TarnelAd/Toolkit/TNLView.h"
-#include "TarnelAd/Toolkit/TNLViewController.h"
 #include "TarnelAd/Toolkit/TNLWindow.h"
 
 namespace {
@@ -51,7 +50,7 @@ TEST(TNLLayout, ReversedConstraintsMultipliersAndTheScheduledPass) {
   EXPECT_EQ(between->frame(), TNLRect(100, 10, 400, 280));
 }
 
-TEST(TNLLayout, SafeAreaInsetsOfNestedViewsAndControllers) {
+TEST(TNLLayout, SafeAreaInsetsOfNestedViews) {
   auto window = TNLWindow::create({0, 0, 375, 667});
   window->setWindowSafeAreaInsets({44, 0, 34, 0});
   auto top = TNLView::create({0, 20, 375, 100});
@@ -61,15 +60,6 @@ TEST(TNLLayout, SafeAreaInsetsOfNestedViewsAndControllers) {
   EXPECT_EQ(top->safeAreaInsets(), (TNLEdgeInsets{24, 0, 0, 0}));
   EXPECT_EQ(bottom->safeAreaInsets(), (TNLEdgeInsets{0, 0, 34, 0}));
   EXPECT_EQ(bottom->safeAreaLayoutGuide()->layoutFrame(), TNLRect(0, 0, 200, 33));
-
-  // A controller's additional insets apply to its view and to the views inside it.
-  auto controller = std::make_shared<TNLViewController>();
-  window->setRootViewController(controller);
-  controller->setAdditionalSafeAreaInsets({0, 0, 0, 15});
-  auto inside = TNLView::create({300, 50, 75, 50});
-  controller->view()->addSubview(inside);
-  EXPECT_EQ(controller->view()->safeAreaInsets(), (TNLEdgeInsets{44, 0, 34, 15}));
-  EXPECT_EQ(inside->safeAreaInsets(), (TNLEdgeInsets{0, 0, 0, 15}));
 }
 
 }  // namespace
