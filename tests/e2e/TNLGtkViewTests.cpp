@@ -5,6 +5,7 @@
 
 #include <array>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "AppVerificationLibrary/OMIDScreenProcessor.h"
@@ -254,16 +255,18 @@ TEST_F(ViewTest, TheApplicationStateFollowsFocusAndMinimising) {
   const auto window = shownWindow({0.0, 0.0, 200.0, 200.0});
   GtkWidget* toplevel = gtk_widget_get_toplevel(widgetOf(window));
   ASSERT_TRUE(waitUntilMapped(toplevel));
-  std::vector<std::string> posted;
+  // Each notification with the state that observers read when it arrives.
+  std::vector<std::pair<std::string, TNLApplicationState>> posted;
   const auto center = TNLNotificationCenter::defaultCenter();
+  const auto application = TNLApplication::sharedApplication();
   for (const char* name :
        {TNLApplicationDidBecomeActiveNotification, TNLApplicationWillResignActiveNotification,
         TNLApplicationDidEnterBackgroundNotification,
         TNLApplicationWillEnterForegroundNotification}) {
-    center->addObserver(&posted, name, nullptr,
-                        [&posted](const TNLNotification& n) { posted.push_back(n.name); });
+    center->addObserver(&posted, name, nullptr, [&](const TNLNotification& n) {
+      posted.emplace_back(n.name, application->applicationState());
+    });
   }
-  const auto application = TNLApplication::sharedApplication();
   const auto send = [&](GdkEventType type, bool on) {
     GdkEvent* event = gdk_event_new(type);
     event->any.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(toplevel)));
@@ -295,10 +298,12 @@ TEST_F(ViewTest, TheApplicationStateFollowsFocusAndMinimising) {
   send(GDK_WINDOW_STATE, false);
   send(GDK_FOCUS_CHANGE, true);
   EXPECT_TRUE(stateBecomes(TNLApplicationState::active));
-  EXPECT_EQ(posted, (std::vector<std::string>{TNLApplicationWillResignActiveNotification,
-                                              TNLApplicationDidEnterBackgroundNotification,
-                                              TNLApplicationWillEnterForegroundNotification,
-                                              TNLApplicationDidBecomeActiveNotification}));
+  using State = TNLApplicationState;
+  EXPECT_EQ(posted, (std::vector<std::pair<std::string, State>>{
+                        {TNLApplicationWillResignActiveNotification, State::active},
+                        {TNLApplicationDidEnterBackgroundNotification, State::background},
+                        {TNLApplicationWillEnterForegroundNotification, State::background},
+                        {TNLApplicationDidBecomeActiveNotification, State::active}}));
   center->removeObserver(&posted);
 }
 
